@@ -1,0 +1,130 @@
+/*
+ * h265.h - reads and builds the syntax of H.265 (HEVC, ITU-T H.265) bitstreams at the level of NAL units
+ * and parameter sets.
+ *
+ * A NAL unit is passed as a byte array that begins with an Annex B start code, 00 00 01 or 00 00 00 01,
+ * followed by the two-byte NAL unit header (clause 7.3.1.2). Lengths count bytes, start code included.
+ *
+ * Ownership. All buffers and records are the caller's. Nothing is retained between calls except in a parse
+ * context that the caller passes. Parsers fill records in place and never clear them: zero a record before
+ * its first use, so that absent fields have defined values.
+ *
+ * Results. Parse functions return TRUE, or FALSE when the NAL unit is malformed; the record then holds the
+ * fields read before the failure. The NAL unit type is not checked: the caller passes the right kind.
+ * A null pointer is reported and fails the call; it is never dereferenced.
+ *
+ * Diagnostics go to the debug trace channel "H265LIB" (dbgtrace.h), opened when the library is loaded.
+ *
+ * Thread safety. All functions are reentrant and may run in any number of threads on different records and
+ * buffers. A parse context belongs to one thread at a time. Nothing here starts threads or takes locks.
+ */
+#ifndef H265_H
+#define H265_H
+
+#include "dbgtrace.h"
+#include "h265/aud.h"
+#include "h265/parse_context.h"
+#include "h265/pps.h"
+#include "h265/slice_header.h"
+#include "h265/sps.h"
+#include "h265/vps.h"
+#include "xtypes.h"
+
+XTYPES_API_BEGIN
+
+/*
+ * The library's trace channel "H265LIB", NULL before the library is loaded and after it is unloaded. A
+ * caller may raise or lower g_hH265LibDbg->nMaxLevel; setting the variable itself to NULL silences the
+ * library.
+ */
+extern HDBG g_hH265LibDbg;
+
+/* ---- NAL unit framing ------------------------------------------------------------------------------ */
+
+/* The name of a nal_unit_type (Table 7-1), "TRAIL_N" to "UNSPEC48"; "Invalid" above 48. Never NULL. */
+const char *GetH265NalTypeString(UINT enType);
+
+/*
+ * Removes the emulation prevention bytes of a NAL unit (clause 7.3.1.1).
+ *
+ * input_buf   the NAL unit from its two-byte header on, behind the start code
+ * inbuf_len   its length, at least 2
+ * output_buf  receives the bytes behind the header; must not overlap the input
+ * outbuf_len  its capacity, at least inbuf_len
+ *
+ * A byte 03 behind 00 00 is dropped whatever follows it. Returns the number of bytes written (0 for a bare
+ * header), or -1 when the capacity is smaller than inbuf_len (reported at level 3, at most once in ten
+ * seconds), when inbuf_len is below 2 or a pointer is NULL.
+ */
+int H265Lib_SODB_deencapsulation_from_NAL(const unsigned char *input_buf, unsigned int inbuf_len,
+                                          unsigned char *output_buf, unsigned int outbuf_len);
+
+/*
+ * Builds an access unit delimiter (clause 7.3.2.5): 00 00 00 01 46 01 and one byte.
+ * primary_pic_type is the standard's pic_type: 0 I, 1 P and I, 2 B, P and I slices.
+ * Returns 7, the number of bytes written; or -1, with nothing written, when `buffer` is NULL, `len` is
+ * below 8 (one more than is written) or primary_pic_type is above 2.
+ */
+int H265Lib_format_au_delimiter_nalu(unsigned char *buffer, unsigned int len, unsigned int primary_pic_type);
+
+/*
+ * Builds an end of sequence NAL unit (clause 7.3.2.6): 00 00 01 48 01.
+ * Returns 5, the number of bytes written; or -1, with nothing written, when `buffer` is NULL or `len` is
+ * below 5.
+ */
+int H265Lib_format_end_of_sequence_nalu(unsigned char *buffer, unsigned int len);
+
+/*
+ * Parses an access unit delimiter whose payload, unlike that of a NAL unit in a stream, still holds the
+ * two header bytes: the type and the picture type are read from bits 1 to 6 and 22 to 24 of the data
+ * behind the NAL unit header. An ordinary delimiter is too short for that and fails. The payload may have
+ * at most 16 bytes.
+ */
+BOOL H265Lib_Parse_au_delimiter_nal(unsigned char *buffer, int buffer_len, aud_h265_t *aud_data);
+
+/* ---- parameter sets -------------------------------------------------------------------------------- */
+
+/*
+ * Parses a video parameter set of at most 1512 bytes, start code not counted. Set
+ * pVps->cprms_present_flag[0] to 1 beforehand (see vps_h265_t). Entries beyond the record's bounds are read
+ * and dropped, with a notice at level 4.
+ */
+BOOL H265Lib_Parse_vps_nal(const unsigned char *pBuffer, size_t BufferLen, vps_h265_t *pVps);
+
+/* Parses a sequence parameter set of at most 1512 bytes, start code not counted. */
+BOOL H265Lib_Parse_sps_nal(const unsigned char *buffer, size_t buffer_len, sps_h265_t *pSps);
+
+/*
+ * The same with a context: when the NAL unit equals, byte for byte and start code included, the last one
+ * that was parsed successfully with this context, its record is copied to *pSps and nothing is parsed. A
+ * failed parse leaves the context as it was.
+ */
+BOOL H265Lib_Parse_sps_nal_ex(const unsigned char *buffer, size_t buffer_len, H265D_PARSE_CONTEXT *pContext,
+                              sps_h265_t *pSps);
+
+/* Parses a picture parameter set of at most 256 bytes, start code not counted. */
+BOOL H265Lib_Parse_pps_nal(const unsigned char *buffer, int buffer_len, pps_h265_t *pps);
+
+/* The same with a context, as H265Lib_Parse_sps_nal_ex has it. */
+BOOL H265Lib_Parse_pps_nal_ex(const unsigned char *buffer, unsigned int buffer_len,
+                              H265D_PARSE_CONTEXT *pContext, pps_h265_t *pps);
+
+/* ---- slices ---------------------------------------------------------------------------------------- */
+
+/*
+ * Parses the first fields of the slice segment header of a coded slice NAL unit.
+ *
+ * `sps` and `pps` are the records of the active parameter sets: the caller picks the pair that belongs to
+ * the slice, they are not checked against slice_pic_parameter_set_id. Takes one heap block of buffer_len +
+ * 32 bytes for the duration of the call.
+ *
+ * slice_segment_address is read with floor(Log2(PicSizeInCtbsY)) + 1 bits: one more than H.265 codes when
+ * the number of coding tree blocks of the picture is a power of two. A caller who needs the standard's
+ * reading of such a stream passes a copy of the SPS with a picture of one coding tree block less.
+ */
+BOOL H265Lib_Parse_slice_header_nal(const unsigned char *buffer, int buffer_len, const sps_h265_t *sps,
+                                    const pps_h265_t *pps, ssh_h265_t *pSh);
+
+XTYPES_API_END
+
+#endif

@@ -1,0 +1,65 @@
+// Big-endian words at byte positions: what reading and writing of bits is made of.
+
+#ifndef BITBUFFER_BITS_H
+#define BITBUFFER_BITS_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "bitbuffer.h"
+
+namespace bitbuffer {
+
+// The bits between the cursor and the end; none when the cursor was moved behind the end.
+inline unsigned int BitsLeft(const bitbuffer_t &bb) {
+    return bb.num_bits > bb.bit_offset ? bb.num_bits - bb.bit_offset : 0;
+}
+
+// Eight bytes as a big-endian number. Compilers make one load and one byte swap of it.
+inline uint64_t LoadWord(const unsigned char *bytes) {
+    return uint64_t{bytes[0]} << 56 | uint64_t{bytes[1]} << 48 | uint64_t{bytes[2]} << 40 |
+           uint64_t{bytes[3]} << 32 | uint64_t{bytes[4]} << 24 | uint64_t{bytes[5]} << 16 |
+           uint64_t{bytes[6]} << 8 | uint64_t{bytes[7]};
+}
+
+inline void StoreWord(unsigned char *bytes, uint64_t word) {
+    for (unsigned int i = 0; i < 8; i++)
+        bytes[i] = static_cast<unsigned char>(word >> (56 - 8 * i));
+}
+
+// The bytes from the cursor's byte to the end of the buffer, at most eight.
+inline size_t BytesInReach(const bitbuffer_t &bb) {
+    const size_t end = (size_t{bb.num_bits} + 7) / 8;
+    const size_t left = end - bb.bit_offset / 8;
+    return left < 8 ? left : 8;
+}
+
+// The word that starts at the cursor's byte, with zeros behind the end of the buffer.
+inline uint64_t LoadAtCursor(const bitbuffer_t &bb) {
+    const unsigned char *bytes = bb.bit_buffer + bb.bit_offset / 8;
+    const size_t count = BytesInReach(bb);
+    if (count == 8)
+        return LoadWord(bytes);
+    uint64_t word = 0;
+    for (size_t i = 0; i < count; i++)
+        word |= uint64_t{bytes[i]} << (56 - 8 * i);
+    return word;
+}
+
+inline void StoreAtCursor(const bitbuffer_t &bb, uint64_t word) {
+    unsigned char *bytes = bb.bit_buffer + bb.bit_offset / 8;
+    const size_t count = BytesInReach(bb);
+    if (count == 8) {
+        StoreWord(bytes, word);
+        return;
+    }
+    for (size_t i = 0; i < count; i++)
+        bytes[i] = static_cast<unsigned char>(word >> (56 - 8 * i));
+}
+
+// The widest field that one word can hold at any bit position of its first byte.
+constexpr unsigned int kFieldInOneWord = 57;
+
+}  // namespace bitbuffer
+
+#endif

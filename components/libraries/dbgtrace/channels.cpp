@@ -1,0 +1,130 @@
+// The channels: a fixed table in which a name keeps its place, and so its handle, for good.
+
+#include <cstdlib>
+#include <cstring>
+
+#include "dbgtrace.h"
+#include "message.h"
+
+namespace dbgtrace {
+namespace {
+
+struct Channel {
+    tagHDBG handle;  // dwReserved is the index in the table
+    char name[DBGTRACE_CHANNEL_NAME_SIZE];
+    unsigned int users;
+    bool bad_level_reported;
+};
+
+Channel channels[DBGTRACE_MAX_CHANNELS];
+
+Channel *FindOrAdd(const char *name) {
+    for (DWORD index = 0; index < DBGTRACE_MAX_CHANNELS; index++) {
+        Channel &channel = channels[index];
+        if (channel.name[0] == '\0') {
+            channel.handle.dwReserved = index;
+            std::memcpy(channel.name, name, std::strlen(name) + 1);
+            return &channel;
+        }
+        if (std::strcmp(channel.name, name) == 0)
+            return &channel;
+    }
+    return nullptr;
+}
+
+constexpr int kLevelLimit = 1000;  // far beyond any level in use
+
+// The level that an environment variable asks for, else `otherwise`; what is no number is reported once.
+int LevelFromEnvironment(const char *variable, int otherwise, bool *bad_level_reported) {
+    const char *value = std::getenv(variable);
+    if (value == nullptr)
+        return otherwise;
+    char *end = nullptr;
+    const long level = std::strtol(value, &end, 10);
+    if (end != value && *end == '\0' && level >= -kLevelLimit && level <= kLevelLimit)
+        return static_cast<int>(level);
+    if (!*bad_level_reported)
+        Emit({"DBGTRACE", 3, __func__, __FILE_NAME__, __LINE__}, "%s=%s is not a level, ignored.\n", variable,
+             value);
+    *bad_level_reported = true;
+    return otherwise;
+}
+
+int DefaultLevel(Channel *channel) {
+    static constexpr char kEveryChannel[] = "DBGTRACE_LEVEL";
+    static bool bad_level_of_every_channel_reported = false;
+
+    char this_channel[sizeof kEveryChannel + DBGTRACE_CHANNEL_NAME_SIZE] = "DBGTRACE_LEVEL_";
+    std::strcat(this_channel, channel->name);
+    const int level =
+        LevelFromEnvironment(kEveryChannel, DBGTRACE_DEFAULT_LEVEL, &bad_level_of_every_channel_reported);
+    return LevelFromEnvironment(this_channel, level, &channel->bad_level_reported);
+}
+
+// Assertions come without a handle: they have a channel of their own, open as long as the service is
+// loaded. Until then (priority 101 is the first that is not reserved) they are reported unconditionally.
+HDBG assertions = nullptr;
+
+[[gnu::constructor(101)]] void OpenAssertions() {
+    _DoDbgInit("ASSERT", &assertions);
+}
+
+void ReportAssertion(const char *function, const char *file, int line, const char *format, const char *text) {
+    if (assertions == nullptr || assertions->nMaxLevel >= 3)
+        Emit({"ASSERT", 3, function, file, line}, format, text);
+}
+
+}  // namespace
+}  // namespace dbgtrace
+
+using dbgtrace::Channel;
+
+BOOL _DoDbgInit(const char *channel_name, HDBG *phDbg) {
+    if (phDbg == nullptr) {
+        _DoAssert("phDbg != NULL", __func__, __FILE_NAME__, __LINE__);
+        return FALSE;
+    }
+    *phDbg = nullptr;
+    if (channel_name == nullptr || channel_name[0] == '\0' ||
+        std::strlen(channel_name) >= DBGTRACE_CHANNEL_NAME_SIZE)
+        return FALSE;
+    Channel *channel = dbgtrace::FindOrAdd(channel_name);
+    if (channel == nullptr)
+        return FALSE;
+    channel->users++;
+    channel->handle.nMaxLevel = dbgtrace::DefaultLevel(channel);
+    *phDbg = &channel->handle;
+    return TRUE;
+}
+
+void _DoDbgUninitEx(HDBG *phDbg, const char *function, const char *file, int line) {
+    if (phDbg == nullptr) {
+        _DoAssert("phDbg != NULL", function, file, line);
+        return;
+    }
+    if (*phDbg == nullptr)
+        return;
+    Channel &channel = dbgtrace::channels[(*phDbg)->dwReserved];
+    if (channel.users > 0)
+        channel.users--;
+    *phDbg = nullptr;
+}
+
+void _DoDbgPrintEx(HDBG hDbg, int level, const char *function, const char *file, int line, const char *format,
+                   ...) {
+    if (hDbg == nullptr)
+        return;
+    std::va_list arguments;
+    va_start(arguments, format);
+    dbgtrace::Emit({dbgtrace::channels[hDbg->dwReserved].name, level, function, file, line}, format,
+                   arguments);
+    va_end(arguments);
+}
+
+void _DoAssert(const char *expression, const char *function, const char *file, int line) {
+    dbgtrace::ReportAssertion(function, file, line, "Assertion failed: %s\n", expression);
+}
+
+void _DoTextAssert(const char *function, const char *file, int line, const char *text) {
+    dbgtrace::ReportAssertion(function, file, line, "%s\n", text);
+}

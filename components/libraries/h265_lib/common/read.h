@@ -1,0 +1,121 @@
+// Readers of syntax elements. A line of a reader is one element of the standard's syntax table:
+//
+//     READ_FLAG(bb, vps, vps_temporal_id_nesting_flag);
+//     READ_U(bb, 16, vps, vps_reserved_0xffff_16bits);
+//     READ_UE(bb, sps, sps_max_num_reorder_pics, i);
+//
+// reads into the record's field of that name (entry [i], or [i][j]) and, when it cannot, reports
+// "cannot parse sps_max_num_reorder_pics[i].\n" in the reader's name at level 3 and returns -1. The field is
+// then left as it was.
+//
+// The _AS forms take the field itself and the whole text of the report, for texts that differ from the field.
+// READ_UE_MAX and READ_UE_MAX_AS refuse a value above a maximum as if it could not be read; READ_V_AS is
+// u(v): a length that other elements give, unreadable above 32 bits.
+
+#ifndef H265_COMMON_READ_H
+#define H265_COMMON_READ_H
+
+#include "bitbuffer.h"
+#include "common/trace.h"
+
+#define READ_FLAG(bb, record, element, ...) \
+    READ_ELEMENT_(ReadFlag(bb, ENTRY_(record, element, __VA_ARGS__)), element, __VA_ARGS__)
+#define READ_U(bb, n, record, element, ...) \
+    READ_ELEMENT_(ReadU(bb, n, ENTRY_(record, element, __VA_ARGS__)), element, __VA_ARGS__)
+#define READ_UE(bb, record, element, ...) \
+    READ_ELEMENT_(ReadUe(bb, ENTRY_(record, element, __VA_ARGS__)), element, __VA_ARGS__)
+#define READ_UE_MAX(bb, max, record, element, ...) \
+    READ_ELEMENT_(ReadUe(bb, ENTRY_(record, element, __VA_ARGS__), max), element, __VA_ARGS__)
+#define READ_SE(bb, record, element, ...) \
+    READ_ELEMENT_(ReadSe(bb, ENTRY_(record, element, __VA_ARGS__)), element, __VA_ARGS__)
+
+#define READ_FLAG_AS(bb, field, ...) READ_AS_(ReadFlag(bb, field), __VA_ARGS__)
+#define READ_U_AS(bb, n, field, ...) READ_AS_(ReadU(bb, n, field), __VA_ARGS__)
+#define READ_V_AS(bb, n, field, ...) READ_AS_(ReadV(bb, n, field), __VA_ARGS__)
+#define READ_UE_AS(bb, field, ...) READ_AS_(ReadUe(bb, field), __VA_ARGS__)
+#define READ_UE_MAX_AS(bb, max, field, ...) READ_AS_(ReadUe(bb, field, max), __VA_ARGS__)
+#define READ_SE_AS(bb, field, ...) READ_AS_(ReadSe(bb, field), __VA_ARGS__)
+
+// Calls the reader of a nested syntax structure; the rest is the text of the report when it fails.
+#define READ_STRUCTURE(call, ...) READ_AS_(call, __VA_ARGS__)
+
+// ---- how the macros are made -----------------------------------------------------------------------------
+
+#define ENTRY_(record, element, ...) Entry((record)->element __VA_OPT__(, ) __VA_ARGS__)
+
+#define READ_ELEMENT_(read, element, ...)                                      \
+    do {                                                                       \
+        if ((read) == -1) [[unlikely]] {                                       \
+            ReportUnreadable(TRACE_SITE, #element __VA_OPT__(, ) __VA_ARGS__); \
+            return -1;                                                         \
+        }                                                                      \
+    } while (0)
+
+#define READ_AS_(read, ...)              \
+    do {                                 \
+        if ((read) == -1) [[unlikely]] { \
+            TRACE(kError, __VA_ARGS__);  \
+            return -1;                   \
+        }                                \
+    } while (0)
+
+template <typename Field>
+inline Field &Entry(Field &field) {
+    return field;
+}
+
+template <typename Array, typename Index>
+inline auto &Entry(Array &array, Index i) {
+    return array[i];
+}
+
+template <typename Array, typename Index>
+inline auto &Entry(Array &array, Index i, Index j) {
+    return array[i][j];
+}
+
+void ReportUnreadable(const TraceSite &site, const char *element);
+void ReportUnreadable(const TraceSite &site, const char *element, int i);
+void ReportUnreadable(const TraceSite &site, const char *element, int i, int j);
+
+inline int ReadFlag(bitbuffer_t *bb, int &flag) {
+    return GetNextBitEx(bb, &flag);
+}
+
+inline int ReadU(bitbuffer_t *bb, unsigned int n, uint8_t &value) {
+    return GetNextNBitsAsUint8(bb, n, &value);
+}
+
+inline int ReadU(bitbuffer_t *bb, unsigned int n, uint16_t &value) {
+    return GetNextNBitsAsUint16(bb, n, &value);
+}
+
+inline int ReadU(bitbuffer_t *bb, unsigned int n, UINT64 &value) {
+    return GetNextNBitsAsUint64(bb, n, &value);
+}
+
+inline int ReadV(bitbuffer_t *bb, UINT64 n, UINT64 &value) {
+    return n <= 32 ? ReadU(bb, static_cast<unsigned int>(n), value) : -1;
+}
+
+inline int ReadUe(bitbuffer_t *bb, UINT64 &value, uint32_t max = UINT32_MAX) {
+    uint32_t read = 0;
+    if (GetUint32Golomb(bb, &read) == -1 || read > max)
+        return -1;
+    value = read;
+    return 0;
+}
+
+inline int ReadSe(bitbuffer_t *bb, INT64 &value) {
+    int32_t read = 0;
+    if (GetInt32Golomb(bb, &read) == -1)
+        return -1;
+    value = read;
+    return 0;
+}
+
+// Reads single bits to the end of the buffer, trailing bits included: an extension of unknown syntax. Returns
+// their number; the last one is left in `flag`, which stays as it was when there is none.
+int ReadToEnd(bitbuffer_t *bb, int &flag);
+
+#endif

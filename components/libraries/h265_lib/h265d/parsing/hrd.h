@@ -1,0 +1,23 @@
+// hrd_parameters( ) and sub_layer_hrd_parameters( ), ITU-T H.265 clauses E.2.2 and E.2.3.
+
+#ifndef H265D_PARSING_HRD_H
+#define H265D_PARSING_HRD_H
+
+#include "bitbuffer.h"
+#include "h265/hrd.h"
+
+extern "C" {
+
+// Both return 0, or -1 at the first element that cannot be read.
+
+// Without commonInfPresentFlag the present flags and lengths that the record holds are used as they are.
+// *pCpbDpbDelaysPresentFlag is set to 1 when either present flag was read as 1, else to 0.
+int _parse_hrd(bitbuffer_t *sps_nalu_bb, int commonInfPresentFlag, int MaxNumSubLayersMinus1,
+               int *pCpbDpbDelaysPresentFlag, hrd_h265_t *pHrd);
+
+int _parse_sub_layer_hrd_parameters(bitbuffer_t *sps_nalu_bb, int sub_pic_hrd_params_present_flag,
+                                    int cpb_cnt_minus1, sub_layer_hrd_parameters_t *slhp);
+
+}  // extern "C"
+
+#endif

@@ -1,0 +1,19 @@
+// st_ref_pic_set( stRpsIdx ), ITU-T H.265 clause 7.3.7.
+
+#ifndef H265D_PARSING_SHORT_TERM_REF_PIC_SET_H
+#define H265D_PARSING_SHORT_TERM_REF_PIC_SET_H
+
+#include "bitbuffer.h"
+#include "h265/short_term_ref_pic_set.h"
+
+extern "C" {
+
+// Reads one set; the sets of an SPS are read in order, from index 0 on, on one thread. A predicted set takes
+// its count from an earlier one: what that needs is kept for the thread until the next index 0.
+// Returns 0, or -1 at the first element that cannot be read.
+int _parse_short_term_ref_pic_set(bitbuffer_t *sps_nalu_bb, unsigned long NumShortTermRefPicSets,
+                                  unsigned long StRpsIndex, short_term_ref_pic_set_t *strps);
+
+}  // extern "C"
+
+#endif
