@@ -18,7 +18,7 @@ size_t Encapsulate(const unsigned char *source, size_t length, unsigned char *de
         out++;
     };
     while (in < length) {
-        // A stretch begins with `zeros` at 2 only when its first byte asks for an insertion, or may not.
+        // A stretch that continues zeros written before it has to be looked at byte by byte.
         if (zeros == 0) {
             const size_t clean = emulation_prevention::CopyCleanPrefix(
                 source + in, length - in, destination != nullptr ? destination + out : nullptr);

@@ -19,13 +19,26 @@ constexpr size_t kBytesAfterStretch = 64;
 typedef unsigned char Vector __attribute__((vector_size(16)));
 typedef uint64_t VectorHalves __attribute__((vector_size(16)));
 
-constexpr size_t kVectorsInBlock = 4;
-constexpr size_t kBlock = kVectorsInBlock * sizeof(Vector);
+constexpr size_t kVector = sizeof(Vector);
+constexpr size_t kBlock = 4 * kVector;
 
-inline Vector LoadVector(const unsigned char *bytes) {
+inline Vector Load(const unsigned char *bytes) {
     Vector vector;
-    std::memcpy(&vector, bytes, sizeof vector);
+    std::memcpy(&vector, bytes, kVector);
     return vector;
+}
+
+inline void Store(unsigned char *bytes, Vector vector) {
+    std::memcpy(bytes, &vector, kVector);
+}
+
+inline Vector Min(Vector a, Vector b) {
+    return a < b ? a : b;
+}
+
+inline bool HasZero(Vector bytes) {
+    const VectorHalves zeros = reinterpret_cast<VectorHalves>(bytes == 0);
+    return (zeros[0] | zeros[1]) != 0;
 }
 
 // Copies whole blocks from source to destination up to the first block in which a zero byte is followed by
@@ -33,20 +46,24 @@ inline Vector LoadVector(const unsigned char *bytes) {
 // destination: nothing is copied, only measured.
 inline size_t CopyCleanPrefix(const unsigned char *source, size_t length, unsigned char *destination) {
     size_t at = 0;
-    while (length - at > kBlock) {
-        Vector bytes[kVectorsInBlock];
-        Vector pairs{};
-        for (size_t i = 0; i < kVectorsInBlock; i++) {
-            const unsigned char *place = source + at + i * sizeof(Vector);
-            bytes[i] = LoadVector(place);
-            pairs |= (bytes[i] | LoadVector(place + 1)) == 0;
-        }
-        const VectorHalves found = reinterpret_cast<VectorHalves>(pairs);
-        if ((found[0] | found[1]) != 0)
+    for (; length - at > kBlock; at += kBlock) {
+        const unsigned char *const from = source + at;
+        const Vector a = Load(from);
+        const Vector b = Load(from + kVector);
+        const Vector c = Load(from + 2 * kVector);
+        const Vector d = Load(from + 3 * kVector);
+        // A byte or-ed with its successor is zero where both are; the minimum tells whether any is.
+        const Vector ab = Min(a | Load(from + 1), b | Load(from + kVector + 1));
+        const Vector cd = Min(c | Load(from + 2 * kVector + 1), d | Load(from + 3 * kVector + 1));
+        if (HasZero(Min(ab, cd)))
             break;
-        if (destination != nullptr)
-            std::memcpy(destination + at, bytes, kBlock);
-        at += kBlock;
+        if (destination == nullptr)
+            continue;
+        unsigned char *const to = destination + at;
+        Store(to, a);
+        Store(to + kVector, b);
+        Store(to + 2 * kVector, c);
+        Store(to + 3 * kVector, d);
     }
     return at;
 }
