@@ -1,6 +1,6 @@
 /*
- * h265.h - reads and builds the syntax of H.265 (HEVC, ITU-T H.265) bitstreams at the level of NAL units
- * and parameter sets.
+ * h265.h - reads and builds the syntax of H.265 (HEVC, ITU-T H.265) bitstreams at the level of NAL units,
+ * parameter sets and SEI messages.
  *
  * A NAL unit is passed as a byte array that begins with an Annex B start code, 00 00 01 or 00 00 00 01,
  * followed by the two-byte NAL unit header (clause 7.3.1.2). Lengths count bytes, start code included.
@@ -25,9 +25,11 @@
 #include "h265/aud.h"
 #include "h265/parse_context.h"
 #include "h265/pps.h"
+#include "h265/sei.h"
 #include "h265/slice_header.h"
 #include "h265/sps.h"
 #include "h265/vps.h"
+#include "vanc.h"
 #include "xtypes.h"
 
 XTYPES_API_BEGIN
@@ -124,6 +126,58 @@ BOOL H265Lib_Parse_pps_nal_ex(const unsigned char *buffer, unsigned int buffer_l
  */
 BOOL H265Lib_Parse_slice_header_nal(const unsigned char *buffer, int buffer_len, const sps_h265_t *sps,
                                     const pps_h265_t *pps, ssh_h265_t *pSh);
+
+/* ---- SEI messages ---------------------------------------------------------------------------------- */
+
+/*
+ * Reads the header of one message of a SEI NAL unit, tells its kind, and says whether another one follows.
+ *
+ * pBuffer, BufferLen   the whole NAL unit
+ * pPayloadOffset       in: 0 on the first call for a NAL unit, then what the call before gave; out: where the
+ *                      next message starts, in the data behind the NAL unit header (see SEI_message_t)
+ * pNALTypeOffset       out on the first call, in on later ones: the position of the NAL unit header
+ * pSEIMessageHeader    out: type, size and place of the payload, for the parsers below
+ * penSUID              out: SUID_UNKNOWN or what it is (vanc.h); left alone when the call fails before that
+ * pbMoreSEIMessages    out: TRUE when more than two bytes remain behind the payload
+ *
+ * Returns FALSE when the NAL unit is no SEI or malformed, for reserved payload types (above 202, in a suffix
+ * SEI above 146) and for registered user data (payload type 4) that is neither captions nor AFD.
+ *
+ * A byte 0xFF behind the first byte of a type or size is added to it: types and sizes of 255 and more are
+ * read differently from what H.265 codes.
+ *
+ * NAL units of up to 1024 bytes need no heap; longer ones take one block of their length for the call.
+ */
+BOOL H265Lib_DetermineSEIType(const unsigned char *pBuffer, int BufferLen, int *pPayloadOffset,
+                              int *pNALTypeOffset, SEI_message_t *pSEIMessageHeader, int *penSUID,
+                              BOOL *pbMoreSEIMessages);
+
+/*
+ * Parses the picture timing message at pMsgHeader->payload_index (type and size are not checked). pVUI is the
+ * VUI of the active SPS, which tells what is present. Of more than 510 decoding units the first 510 are kept:
+ * that is reported at level 3, and the parse succeeds. Takes one heap block of BufferLen + 32 bytes for the
+ * call.
+ */
+BOOL H265Lib_Parse_sei_pictiming_nal(const unsigned char *pBuffer, int BufferLen,
+                                     const SEI_message_t *pMsgHeader, const vui_h265_t *pVUI,
+                                     sei_h265_pic_timing_t *pPt);
+
+/* Prints a picture timing message at level 5, field by field. */
+void H265Lib_Display_sei_pictiming(const sei_h265_pic_timing_t *pPt, const vui_h265_t *pVui);
+
+/*
+ * Parses the time code message at pMsgHeader->payload_index (type and size are not checked). Takes one heap
+ * block of BufferLen + 32 bytes for the call.
+ */
+BOOL H265Lib_Parse_sei_timecode_nal(const unsigned char *pBuffer, int BufferLen,
+                                    const SEI_message_t *pMsgHeader, sei_h265_time_code_t *pTc);
+
+/*
+ * Find and parse the first closed caption message (registered user data "GA94", type code 3) or AFD message
+ * ("DTG1") of a SEI NAL unit, wherever it stands in it. The record is written on success only. No heap.
+ */
+BOOL H265Lib_Parse_sei_cc_nal(unsigned char *buffer, int buffer_len, SEI_cc_t *sei_cc);
+BOOL H265Lib_Parse_sei_afd_nal(unsigned char *buffer, int buffer_len, SEI_afd_t *sei_afd);
 
 XTYPES_API_END
 

@@ -18,6 +18,11 @@
 #include "bitbuffer.h"
 #include "common/trace.h"
 
+// What a reader returns when an element cannot be read; defined beforehand by readers that return a BOOL.
+#ifndef READ_FAILURE
+#define READ_FAILURE -1
+#endif
+
 #define READ_FLAG(bb, record, element, ...) \
     READ_ELEMENT_(ReadFlag(bb, ENTRY_(record, element, __VA_ARGS__)), element, __VA_ARGS__)
 #define READ_U(bb, n, record, element, ...) \
@@ -47,7 +52,7 @@
     do {                                                                       \
         if ((read) == -1) [[unlikely]] {                                       \
             ReportUnreadable(TRACE_SITE, #element __VA_OPT__(, ) __VA_ARGS__); \
-            return -1;                                                         \
+            return READ_FAILURE;                                               \
         }                                                                      \
     } while (0)
 
@@ -55,7 +60,7 @@
     do {                                 \
         if ((read) == -1) [[unlikely]] { \
             TRACE(kError, __VA_ARGS__);  \
-            return -1;                   \
+            return READ_FAILURE;         \
         }                                \
     } while (0)
 
@@ -92,6 +97,14 @@ inline int ReadU(bitbuffer_t *bb, unsigned int n, uint16_t &value) {
 
 inline int ReadU(bitbuffer_t *bb, unsigned int n, UINT64 &value) {
     return GetNextNBitsAsUint64(bb, n, &value);
+}
+
+inline int ReadI(bitbuffer_t *bb, unsigned int n, INT64 &value) {
+    int32_t read = 0;
+    if (GetNextNBitsAsInt32(bb, n, &read) == -1)
+        return -1;
+    value = read;
+    return 0;
 }
 
 inline int ReadV(bitbuffer_t *bb, UINT64 n, UINT64 &value) {

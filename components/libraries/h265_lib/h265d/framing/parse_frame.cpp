@@ -12,7 +12,7 @@ constexpr int64_t kShortestLength = 5;  // anything shorter is refused unseen
 constexpr size_t kHeapReserve = 32;     // bytes of a heap scratch beyond the length of the NAL unit
 
 bool IsLongEnough(const ParseInput &input, const ParseFrameTexts &texts) {
-    if (input.length >= kShortestLength)
+    if (input.length >= kShortestLength || texts.too_small == nullptr)
         return true;
     TraceAt(input.site, kError, texts.too_small, static_cast<int>(input.length));
     return false;
@@ -58,7 +58,7 @@ const unsigned char *OpenSodbOnHeap(const ParseInput &input, const ParseFrameTex
                                     const char *no_memory, unsigned char **scratch, bitbuffer_t *bb) {
     if (!IsLongEnough(input, texts))
         return nullptr;
-    const size_t capacity = static_cast<size_t>(input.length) + kHeapReserve;
+    const size_t capacity = static_cast<size_t>(std::max<int64_t>(input.length, 0)) + kHeapReserve;
     *scratch = static_cast<unsigned char *>(std::calloc(1, capacity));
     if (*scratch == nullptr) {
         TraceAt(input.site, kError, no_memory, static_cast<int>(capacity));

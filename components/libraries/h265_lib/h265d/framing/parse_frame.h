@@ -9,13 +9,17 @@
 
 // The texts of one entry point, each with the arguments of its format.
 struct ParseFrameTexts {
-    const char *too_small;      // %d: length of the NAL unit
+    const char *too_small;      // %d: length of the NAL unit; null: its length is not tested
     const char *no_start_code;  // %p: the NAL unit
     const char *no_sodb;
 };
 
 inline constexpr char kBufferLenTooSmall[] = "buffer_len:%d is too small. Malformed NAL.\n";
+inline constexpr char kCapitalBufferLenTooSmall[] = "BufferLen:%d is too small. Malformed NAL.\n";
 inline constexpr char kNoSodbFromRbsp[] = "Failed to get SODB from RBSP. Output buffer is too small.\n";
+inline constexpr char kNoSodbFromNal[] = "Failed to deencapsulate SODB from NAL.\n";
+inline constexpr char kNoMemoryForNalSodbBuffer[] =
+    "Failed to allocate memory for pNalSodbBuffer. Size requested:%d.\n";
 
 // What a parse entry point works on.
 struct ParseInput {

@@ -118,7 +118,7 @@ int _parse_vps(bitbuffer_t *vps_nalu_bb, vps_h265_t *pVps) {
 
 BOOL H265Lib_Parse_vps_nal(const unsigned char *pBuffer, size_t BufferLen, vps_h265_t *pVps) {
     static constexpr ParseFrameTexts kTexts = {
-        "BufferLen:%d is too small. Malformed NAL.\n",
+        kCapitalBufferLenTooSmall,
         "Failed to parse sps nal! buffer:%p.\n",  // names the SPS on purpose
         kNoSodbFromRbsp};
 
