@@ -28,6 +28,7 @@
 #include "h265/sei.h"
 #include "h265/slice_header.h"
 #include "h265/sps.h"
+#include "h265/time_code_info.h"
 #include "h265/vps.h"
 #include "vanc.h"
 #include "xtypes.h"
@@ -178,6 +179,69 @@ BOOL H265Lib_Parse_sei_timecode_nal(const unsigned char *pBuffer, int BufferLen,
  */
 BOOL H265Lib_Parse_sei_cc_nal(unsigned char *buffer, int buffer_len, SEI_cc_t *sei_cc);
 BOOL H265Lib_Parse_sei_afd_nal(unsigned char *buffer, int buffer_len, SEI_afd_t *sei_afd);
+
+/* ---- SEI building ---------------------------------------------------------------------------------- */
+
+/*
+ * Each builds one prefix SEI NAL unit with one message: 00 00 01 4E 01, the message with emulation
+ * prevention, trailing bits. No heap. Results count bytes, start code included.
+ *
+ * Ancillary data is an array of vanc_t; its size is given in bytes.
+ */
+
+/*
+ * Closed captions (registered user data, ATSC A/53 part 4) of one picture.
+ *
+ * cc_count     constructs that the message carries, at most 31 (more count as 31): the captions of vanc_data
+ *              in order, then padding (FA 00 00). A count above 512 is (encoder id + 1) * 512 + count; it is
+ *              not limited to 31 then.
+ * vanc_data    may be NULL; entries of other kinds are skipped
+ * vanc_size    bytes of vanc_data
+ * pCc_records  receives the number of captions taken; may be NULL
+ *
+ * Returns the length of the NAL unit; or 0 when there is no caption among the entries, when `buffer` is too
+ * small (its first five bytes may have been written), or when cc_count is negative.
+ */
+int H265Lib_format_sei_cc_nal(unsigned char *buffer, int buffer_len, const vanc_t *vanc_data, int vanc_size,
+                              int cc_count, int *pCc_records);
+
+/*
+ * Active format description (registered user data, "DTG1") from the first AFD entry with active_format_flag;
+ * without one, a message that says that there is no active format. 17 or 16 bytes; BufferLen at least 19
+ * or 18. Returns the length of the NAL unit, or 0 when the buffer is too small.
+ */
+int H265Lib_format_sei_afd_nal(unsigned char *pBuffer, int BufferLen, const vanc_t *pVancData, int VancSize);
+
+/*
+ * Precision time (unregistered user data, MISB ST 0604): *pllUsecTime microseconds with a status byte, whose
+ * five low bits have to be set. 36 bytes. Returns the length of the NAL unit; 0 when the buffer is too small;
+ * -1 for a null pointer or a bad status byte.
+ */
+int H265Lib_formatMISPMicroSecondTimeSEI(unsigned char *buffer, int len, const INT64 *pllUsecTime,
+                                         unsigned char StatusByte);
+
+/*
+ * Time code (payload type 136) with one clock timestamp: the time of the VITC record when one is given, else
+ * pTimecodeData->WallTime. A VITC record with a time out of range gives 00:00:00:00.
+ *
+ * Needs a buffer of 36 bytes or more. Returns the length of the NAL unit; -1 when the buffer is too small or
+ * pParsedSps is missing; 5, a bare header, when the message could not be encapsulated.
+ *
+ * The time offset is written with one bit less than its value needs; receivers of this system expect it so.
+ */
+int H265Lib_format_sei_time_code_nal(unsigned char *buffer, int len, const vitc_t *pVitcData,
+                                     SEI_time_code_info_t *pTimecodeData);
+
+/*
+ * Picture timing (payload type 1): pic_struct, source_scan_type and duplicate_flag always, the CPB and DPB
+ * delays when the VUI's HRD has NAL or VCL parameters; decoding units never.
+ *
+ * pBufferLen  in: the capacity, 32 or more; out, on success: the length of the NAL unit
+ *
+ * Returns TRUE, or FALSE with *pBufferLen as it was.
+ */
+BOOL H265Lib_format_sei_pictiming_nal(unsigned char *pBuffer, UINT *pBufferLen, const vui_h265_t *pVui,
+                                      const sei_h265_pic_timing_t *pPt);
 
 XTYPES_API_END
 

@@ -16,6 +16,7 @@
 #define H265_COMMON_READ_H
 
 #include "bitbuffer.h"
+#include "common/entry.h"
 #include "common/trace.h"
 
 // What a reader returns when an element cannot be read; defined beforehand by readers that return a BOOL.
@@ -46,8 +47,6 @@
 
 // ---- how the macros are made -----------------------------------------------------------------------------
 
-#define ENTRY_(record, element, ...) Entry((record)->element __VA_OPT__(, ) __VA_ARGS__)
-
 #define READ_ELEMENT_(read, element, ...)                                      \
     do {                                                                       \
         if ((read) == -1) [[unlikely]] {                                       \
@@ -63,21 +62,6 @@
             return READ_FAILURE;         \
         }                                \
     } while (0)
-
-template <typename Field>
-inline Field &Entry(Field &field) {
-    return field;
-}
-
-template <typename Array, typename Index>
-inline auto &Entry(Array &array, Index i) {
-    return array[i];
-}
-
-template <typename Array, typename Index>
-inline auto &Entry(Array &array, Index i, Index j) {
-    return array[i][j];
-}
 
 void ReportUnreadable(const TraceSite &site, const char *element);
 void ReportUnreadable(const TraceSite &site, const char *element, int i);

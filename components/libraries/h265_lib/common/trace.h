@@ -67,8 +67,7 @@ using LastLogged = std::atomic<std::time_t>;
 
 // Whether more than `seconds` have passed since then; if so, now becomes the last time, whether or not the
 // channel lets the message through. Two threads at once may both be told yes.
-inline bool IsDue(LastLogged &last_logged, std::time_t seconds) {
-    const std::time_t now = std::time(nullptr);
+inline bool IsDue(LastLogged &last_logged, std::time_t seconds, std::time_t now = std::time(nullptr)) {
     if (now - last_logged.load(std::memory_order_relaxed) <= seconds)
         return false;
     last_logged.store(now, std::memory_order_relaxed);
