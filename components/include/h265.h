@@ -1,6 +1,6 @@
 /*
- * h265.h - reads and builds the syntax of H.265 (HEVC, ITU-T H.265) bitstreams at the level of NAL units,
- * parameter sets and SEI messages.
+ * h265.h - reads, prints, rewrites and builds the syntax of H.265 (HEVC, ITU-T H.265) bitstreams at the
+ * level of NAL units, parameter sets and SEI messages.
  *
  * A NAL unit is passed as a byte array that begins with an Annex B start code, 00 00 01 or 00 00 00 01,
  * followed by the two-byte NAL unit header (clause 7.3.1.2). Lengths count bytes, start code included.
@@ -112,6 +112,48 @@ BOOL H265Lib_Parse_pps_nal(const unsigned char *buffer, int buffer_len, pps_h265
 BOOL H265Lib_Parse_pps_nal_ex(const unsigned char *buffer, unsigned int buffer_len,
                               H265D_PARSE_CONTEXT *pContext, pps_h265_t *pps);
 
+/* ---- parameter set rewriting ----------------------------------------------------------------------- */
+
+/*
+ * Marks a VPS as carrying interlaced source material, in place: general_progressive_source_flag 0,
+ * general_interlaced_source_flag 1, general_frame_only_constraint_flag 0. Every other bit stays.
+ *
+ * The flags can change where emulation prevention bytes are needed. A result shorter than buffer_len leaves
+ * the bytes behind it as they were; one that needs more room is not written, and TRUE is returned all the
+ * same: append a zero byte (trailing_zero_8bits) and count it in buffer_len to make room.
+ *
+ * Returns FALSE, with the buffer as it was, when the VPS cannot be parsed. Keeps a vps_h265_t (about 170 KiB)
+ * on the stack.
+ */
+BOOL H265Lib_modify_vps_NAL(unsigned char *pBuffer, unsigned int buffer_len);
+
+/*
+ * Rewrites an SPS: the general progressive and interlaced source flags, picture size, conformance window and
+ * the whole VUI are taken from the record; general_non_packed_constraint_flag and
+ * general_frame_only_constraint_flag become 0; every other bit is carried over.
+ *
+ * pSpsElements     the record of this very NAL unit, parsed and then edited: its recorded positions are used.
+ *                  vui_parameters_present_flag has to be 1 (parsed so: the SPS has to have a VUI), and
+ *                  conformance_window_flag has to stay as parsed
+ * ppNewSpsBuffer,  receive the new NAL unit and its length; release it with H265Lib_Release_sps_buffer. A
+ * pNewSPSLength    length of no more than start code and header says that the SPS did not fit
+ *
+ * Returns FALSE with NULL and 0 there when there is no start code, when the record does not fit the NAL unit,
+ * or when no memory is left; with both left alone when the NAL unit is longer than 1512 bytes or a pointer is
+ * NULL. Two heap blocks: one of 1512 bytes for the call, and the result of buffer_len + 256 bytes.
+ */
+BOOL H265Lib_modify_sps_NAL(const unsigned char *pBuffer, unsigned int buffer_len,
+                            const sps_h265_t *pSpsElements, unsigned char **ppNewSpsBuffer,
+                            UINT *pNewSPSLength);
+
+/* The same for the VUI alone: every bit outside it is carried over. */
+BOOL H265Lib_Set_sps_vui_parameters_NAL(const unsigned char *pBuffer, unsigned int buffer_len,
+                                        const sps_h265_t *pSpsElements, unsigned char **ppNewSpsBuffer,
+                                        UINT *pNewSPSLength);
+
+/* Releases a buffer that one of the two functions above returned. */
+void H265Lib_Release_sps_buffer(void *pvBuffer);
+
 /* ---- slices ---------------------------------------------------------------------------------------- */
 
 /*
@@ -179,6 +221,23 @@ BOOL H265Lib_Parse_sei_timecode_nal(const unsigned char *pBuffer, int BufferLen,
  */
 BOOL H265Lib_Parse_sei_cc_nal(unsigned char *buffer, int buffer_len, SEI_cc_t *sei_cc);
 BOOL H265Lib_Parse_sei_afd_nal(unsigned char *buffer, int buffer_len, SEI_afd_t *sei_afd);
+
+/*
+ * Changes the pic_struct of a picture timing message, in place; every other bit stays.
+ *
+ * pBufferLen    in: the length of the NAL unit; out, on success: the new one. Zero bytes behind the trailing
+ *               bits are dropped. The new pic_struct can make one emulation prevention byte more necessary:
+ *               append a zero byte and count it in *pBufferLen to make room. Without room the buffer stays as
+ *               it was, and the new length is that of start code and header alone
+ * pVUI          the VUI of the active SPS: frame_field_info_present_flag has to be set
+ * PayloadIndex  SEI_message_t.payload_index of the message
+ * pPt           its pic_struct is written, nothing else
+ *
+ * Returns FALSE, with buffer and length as they were, when the message has no pic_struct or does not lie in
+ * the NAL unit, or when that is longer than 1512 bytes.
+ */
+BOOL H265Lib_modify_pictiming_sei_NAL(unsigned char *pBuffer, UINT *pBufferLen, const vui_h265_t *pVUI,
+                                      UINT PayloadIndex, const sei_h265_pic_timing_t *pPt);
 
 /* ---- SEI building ---------------------------------------------------------------------------------- */
 

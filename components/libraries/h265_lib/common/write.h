@@ -24,6 +24,10 @@
 #define SET_UE(bb, record, element, ...) \
     SET_ELEMENT_(SetUe(bb, ENTRY_(record, element, __VA_ARGS__)), element, __VA_ARGS__)
 
+// ue(v) with the report "Failed to set <element> as golomb.\n".
+#define SET_GOLOMB(bb, record, element) \
+    SET_AS_(SetUe(bb, (record)->element), "Failed to set " #element " as golomb.\n")
+
 #define SET_FLAG_AS(bb, flag, ...) SET_AS_(SetFlag(bb, flag), __VA_ARGS__)
 #define SET_U_AS(bb, n, value, ...) SET_AS_(SetU(bb, n, value), __VA_ARGS__)
 #define SET_UE_AS(bb, value, ...) SET_AS_(SetUe(bb, value), __VA_ARGS__)

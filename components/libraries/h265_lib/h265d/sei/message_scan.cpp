@@ -1,13 +1,12 @@
 #include "h265d/sei/message_scan.h"
 
-#include <strings.h>
-
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 
 #include "common/trace.h"
 #include "h265d/framing/nal_type_offset.h"
+#include "h265d/sei/trailing_bits.h"
 
 namespace {
 
@@ -20,7 +19,6 @@ constexpr int MAX_PAYLOAD_TYPE_PREFIX = 202;
 constexpr int MAX_PAYLOAD_TYPE_SUFFIX = 146;
 
 constexpr int MAX_NAL_TYPE_OFFSET = 4;  // the longest start code
-constexpr int NAL_HEADER_SIZE = 2;
 
 constexpr unsigned int SEI_SODB_CAPACITY = 1024;  // SEI NAL units up to this length need no heap
 
@@ -127,23 +125,12 @@ BOOL H265Lib_DetermineSEIType(const unsigned char *pBuffer, int BufferLen, int *
     }
     *pSEIMessageHeader = {};
 
-    // The trailing bits: the last byte that is not zero holds the stop bit. The search ends at the header.
-    int last = BufferLen - 1;
-    const int payload_start = NALTypeOffset + NAL_HEADER_SIZE;
-    for (;; last--) {
-        TRACE(kFunction, "Attempting to find the stop bit position for the LastByte[%d]:%02X.\n", last,
-              pBuffer[last]);
-        if (pBuffer[last] != 0 || last < payload_start)
-            break;
-    }
-    const int StopBitPos = ffs(pBuffer[last]);
-    int NALLenWoRBSPTrailingBits = last + 1 - NALTypeOffset;
-    if (StopBitPos == 8 && last >= payload_start)
-        NALLenWoRBSPTrailingBits--;  // 0x80: nothing but trailing bits
+    const TrailingBits trailing = FindTrailingBits(TRACE_SITE, pBuffer, BufferLen, NALTypeOffset);
     TRACE(kInformation,
           "Found StopBitPos:%d for LastByte[%d]:%02X, NALLenWoRBSPTrailingBits:%d, NALTypeOffset:%d, "
           "BufferLength:%d.\n",
-          StopBitPos, last, pBuffer[last], NALLenWoRBSPTrailingBits, NALTypeOffset, BufferLen);
+          trailing.StopBitPos, trailing.last, pBuffer[trailing.last], trailing.length_without, NALTypeOffset,
+          BufferLen);
 
     Scratch scratch;
     unsigned char *pSEISodbBuffer = scratch.local;
@@ -160,7 +147,7 @@ BOOL H265Lib_DetermineSEIType(const unsigned char *pBuffer, int BufferLen, int *
                   BufferLen);
     }
     const int SeiSodbLength = H265Lib_SODB_deencapsulation_from_NAL(
-        header, static_cast<unsigned int>(NALLenWoRBSPTrailingBits), pSEISodbBuffer, capacity);
+        header, static_cast<unsigned int>(trailing.length_without), pSEISodbBuffer, capacity);
     if (SeiSodbLength < 0) {
         TRACE(kError, "Failed to get SODB from RBSP. Output buffer is too small.\n");
         return FALSE;

@@ -6,11 +6,11 @@
 #include <climits>
 
 #include "bitbuffer.h"
-#include "h265/sei.h"
+#include "xtypes.h"
 
 // Moves the cursor to the payload. An index beyond any buffer moves it behind the end, where reads fail.
-inline void AdvanceToPayload(bitbuffer_t *bb, const SEI_message_t &header) {
-    AdvanceBitOffset(bb, header.payload_index <= UINT_MAX / 8 ? header.payload_index * 8 : UINT_MAX);
+inline void AdvanceToPayload(bitbuffer_t *bb, UINT payload_index) {
+    AdvanceBitOffset(bb, payload_index <= UINT_MAX / 8 ? payload_index * 8 : UINT_MAX);
 }
 
 #endif

@@ -18,7 +18,7 @@ BOOL _parse_sei_pic_timing(bitbuffer_t *pSeiPicTimingBb, const SEI_message_t *pM
         return FALSE;
     TRACE(kFunction, "Advancing to Payload index:%d, Payload_type:%#x, Payload_size:%#x.\n",
           pMsgHeader->payload_index, pMsgHeader->payload_type, pMsgHeader->payload_size);
-    AdvanceToPayload(bb, *pMsgHeader);
+    AdvanceToPayload(bb, pMsgHeader->payload_index);
 
     if (pVui->frame_field_info_present_flag) {
         READ_U(bb, 4, pPt, pic_struct);

@@ -31,7 +31,7 @@ BOOL _parse_sei_timecode(bitbuffer_t *pSeiTimeCodeBb, const SEI_message_t *pMsgH
     }
     TRACE(kFunction, "Advancing to Payload index:%d, Payload_type:%#x, Payload_size:%#x.\n",
           pMsgHeader->payload_index, pMsgHeader->payload_type, pMsgHeader->payload_size);
-    AdvanceToPayload(bb, *pMsgHeader);
+    AdvanceToPayload(bb, pMsgHeader->payload_index);
 
     READ_OR_TELL_LINE(ReadU(bb, 2, pTc->num_clocks_ts));
     const int clocks = std::min<int>(pTc->num_clocks_ts, H265_TIME_CODE_CLOCKS);
