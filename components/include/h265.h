@@ -112,6 +112,17 @@ BOOL H265Lib_Parse_pps_nal(const unsigned char *buffer, int buffer_len, pps_h265
 BOOL H265Lib_Parse_pps_nal_ex(const unsigned char *buffer, unsigned int buffer_len,
                               H265D_PARSE_CONTEXT *pContext, pps_h265_t *pps);
 
+/* ---- parameter set display -------------------------------------------------------------------------- */
+
+/*
+ * Print a parsed parameter set, a field a line, framed by a title and two rules: the set's own fields at
+ * level 5, those of its profile/tier/level, HRD, VUI and reference picture sets at level 6. The record may
+ * hold anything: nothing outside its arrays is read.
+ */
+void H265Lib_Display_vps(const vps_h265_t *vps);
+void H265Lib_Display_sps(const sps_h265_t *sps);
+void H265Lib_Display_pps(const pps_h265_t *pps);
+
 /* ---- parameter set rewriting ----------------------------------------------------------------------- */
 
 /*
