@@ -1,5 +1,6 @@
 // Removal of emulation prevention bytes, ITU-T H.265 clause 7.3.1.1.
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 
@@ -21,8 +22,8 @@ size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, uns
         const size_t clean = CopyCleanPrefix(source + in, length - in, destination + out);
         in += clean;
         out += clean;
-        const size_t last = length - 2;  // no pattern starts in the last two bytes
-        const size_t stop = last - in < kBytesAfterStretch ? last : in + kBytesAfterStretch;
+        // No pattern starts in the last two bytes, of which the stretch may have taken the first.
+        const size_t stop = std::min(length - 2, in + kBytesAfterStretch);
         while (in < stop) {
             const bool pattern = source[in] == 0 && source[in + 1] == 0 && source[in + 2] == 3;
             destination[out++] = source[in++];

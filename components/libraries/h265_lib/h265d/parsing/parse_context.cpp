@@ -53,6 +53,8 @@ BOOL H265Lib_Parse_sps_nal_ex(const unsigned char *buffer, size_t buffer_len, H2
         Recall(pContext->last_parsed_sps, pSps);
         return TRUE;
     }
+    if (pSps == &pContext->last_parsed_sps)
+        pContext->LastSPSLength = 0;  // parsed right into the context: the remembered record is gone
     if (!H265Lib_Parse_sps_nal(buffer, buffer_len, pSps)) {
         TRACE(kError, "Failed to parse SPS NAL!\n");
         return FALSE;
@@ -78,6 +80,8 @@ BOOL H265Lib_Parse_pps_nal_ex(const unsigned char *buffer, unsigned int buffer_l
         Recall(pContext->last_parsed_pps, pps);
         return TRUE;
     }
+    if (pps == &pContext->last_parsed_pps)
+        pContext->LastPPSLength = 0;  // parsed right into the context: the remembered record is gone
     if (!H265Lib_Parse_pps_nal(buffer, static_cast<int>(buffer_len), pps)) {
         TRACE(kError, "Failed to parse PPS NAL!\n");
         return FALSE;

@@ -7,6 +7,7 @@
 inline constexpr unsigned int VPS_SODB_CAPACITY = 1512;
 inline constexpr unsigned int SPS_SODB_CAPACITY = 1512;
 
+// A PPS without scaling lists and with few tiles takes some ten bytes.
 inline constexpr unsigned int PPS_SODB_CAPACITY = 256;
 
 #endif
