@@ -64,7 +64,7 @@ void _DoDbgUninitEx(HDBG *phDbg, const char *function, const char *file, int lin
 
 /*
  * Writes one formatted message on the channel. It does not look at nMaxLevel: the caller has done that.
- * Nothing happens when hDbg is NULL. `file` is a name without directory.
+ * Nothing happens when hDbg is NULL or no handle of this service. `file` is a name without directory.
  */
 void _DoDbgPrintEx(HDBG hDbg, int level, const char *function, const char *file, int line, const char *format,
                    ...) DBGTRACE_PRINTF(6, 7);

@@ -10,9 +10,13 @@
 
 namespace bitbuffer {
 
-// The bits between the cursor and the end; none when the cursor was moved behind the end.
+// Whether a pointer is missing, which is reported in the calling operation's name.
+#define MISSING(pointer) \
+    ((pointer) == nullptr && (_DoAssert(#pointer " != NULL", __func__, __FILE_NAME__, __LINE__), true))
+
+// The bits between the cursor and the end; none when the cursor was moved behind the end, or has no bytes.
 inline unsigned int BitsLeft(const bitbuffer_t &bb) {
-    return bb.num_bits > bb.bit_offset ? bb.num_bits - bb.bit_offset : 0;
+    return bb.num_bits > bb.bit_offset && bb.bit_buffer != nullptr ? bb.num_bits - bb.bit_offset : 0;
 }
 
 // Eight bytes as a big-endian number. Compilers make one load and one byte swap of it.

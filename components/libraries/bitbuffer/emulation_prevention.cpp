@@ -1,6 +1,8 @@
 // Insertion of emulation prevention bytes, ITU-T H.265 clause 7.4.2.
 
-#include "bitbuffer.h"
+#include <algorithm>
+
+#include "bits.h"
 #include "clean_prefix.h"
 
 namespace {
@@ -18,18 +20,15 @@ size_t Encapsulate(const unsigned char *source, size_t length, unsigned char *de
         out++;
     };
     while (in < length) {
-        // A stretch that continues zeros written before it has to be looked at byte by byte.
+        // A stretch that continues zeros written before it has to be looked at byte by byte. One that was
+        // copied leaves no zeros to continue: behind a zero at its end stands another byte.
         if (zeros == 0) {
             const size_t clean = emulation_prevention::CopyCleanPrefix(
                 source + in, length - in, destination != nullptr ? destination + out : nullptr);
             in += clean;
             out += clean;
-            zeros = clean > 0 && source[in - 1] == 0 ? 1 : 0;
         }
-        const size_t left = length - in;
-        const size_t stop =
-            in + (left < emulation_prevention::kBytesAfterStretch ? left
-                                                                  : emulation_prevention::kBytesAfterStretch);
+        const size_t stop = std::min(length, in + emulation_prevention::kBytesAfterStretch);
         for (; in < stop; in++) {
             if (zeros == 2 && source[in] <= 3) {
                 write(kEmulationPreventionByte);
@@ -46,11 +45,8 @@ size_t Encapsulate(const unsigned char *source, size_t length, unsigned char *de
 
 int RBSP_encapsulation_within_NAL(const unsigned char *source, int source_length, unsigned char *destination,
                                   int destination_capacity) {
-    if (source == nullptr || destination == nullptr) {
-        _DoAssert(source == nullptr ? "source != NULL" : "destination != NULL", __func__, __FILE_NAME__,
-                  __LINE__);
+    if (MISSING(source) || MISSING(destination))
         return 0;
-    }
     if (source_length <= 0 || destination_capacity < source_length)
         return 0;
     const size_t length = static_cast<size_t>(source_length);
@@ -67,5 +63,7 @@ int RBSP_encapsulation_within_NAL_Ex(const unsigned char *source, int source_len
         _DoAssert("mode == RBSP_ENCAPSULATION_MODE_BYTES", __func__, __FILE_NAME__, __LINE__);
         return 0;
     }
+    if (MISSING(source) || MISSING(destination))
+        return 0;
     return RBSP_encapsulation_within_NAL(source, source_length, destination, destination_capacity);
 }

@@ -16,15 +16,10 @@ inline void Put(bitbuffer_t &bb, unsigned int n, uint64_t value) {
     bb.bit_offset += n;
 }
 
-int PutBits(bitbuffer_t *bb, unsigned int n, unsigned int max_bits, uint64_t value, const char *function,
-            const char *file, int line) {
-    if (bb == nullptr) [[unlikely]] {
-        _DoAssert("bb != NULL", function, file, line);
+inline int PutBits(bitbuffer_t &bb, unsigned int n, unsigned int max_bits, uint64_t value) {
+    if (n < 1 || n > max_bits || n > BitsLeft(bb)) [[unlikely]]
         return -1;
-    }
-    if (n < 1 || n > max_bits || n > BitsLeft(*bb)) [[unlikely]]
-        return -1;
-    Put(*bb, n, value);
+    Put(bb, n, value);
     return 0;
 }
 
@@ -34,30 +29,40 @@ int PutBits(bitbuffer_t *bb, unsigned int n, unsigned int max_bits, uint64_t val
 using bitbuffer::PutBits;
 
 int __DoSetNextBit(bitbuffer_t *bb, int bit, const char *function, const char *file, int line) {
-    return PutBits(bb, 1, 1, bit != 0, function, file, line);
+    if (bb == nullptr) [[unlikely]] {
+        _DoAssert("bb != NULL", function, file, line);
+        return -1;
+    }
+    return PutBits(*bb, 1, 1, bit != 0);
 }
 
 int SetNextNBitsFromUint8(bitbuffer_t *bb, unsigned int n, uint8_t value) {
-    return PutBits(bb, n, 8, value, __func__, __FILE_NAME__, __LINE__);
+    if (MISSING(bb)) [[unlikely]]
+        return -1;
+    return PutBits(*bb, n, 8, value);
 }
 
 int SetNextNBitsFromUint16(bitbuffer_t *bb, unsigned int n, uint16_t value) {
-    return PutBits(bb, n, 16, value, __func__, __FILE_NAME__, __LINE__);
+    if (MISSING(bb)) [[unlikely]]
+        return -1;
+    return PutBits(*bb, n, 16, value);
 }
 
 int SetNextNBitsFromUint32(bitbuffer_t *bb, unsigned int n, uint32_t value) {
-    return PutBits(bb, n, 32, value, __func__, __FILE_NAME__, __LINE__);
+    if (MISSING(bb)) [[unlikely]]
+        return -1;
+    return PutBits(*bb, n, 32, value);
 }
 
 int SetNextNBitsFromInt32(bitbuffer_t *bb, unsigned int n, int32_t value) {
-    return PutBits(bb, n, 32, static_cast<uint32_t>(value), __func__, __FILE_NAME__, __LINE__);
+    if (MISSING(bb)) [[unlikely]]
+        return -1;
+    return PutBits(*bb, n, 32, static_cast<uint32_t>(value));
 }
 
 int SetUint32Golomb(bitbuffer_t *bb, uint32_t value) {
-    if (bb == nullptr) [[unlikely]] {
-        _DoAssert("bb != NULL", __func__, __FILE_NAME__, __LINE__);
+    if (MISSING(bb)) [[unlikely]]
         return -1;
-    }
     const uint64_t code = uint64_t{value} + 1;
     const unsigned int width = static_cast<unsigned int>(std::bit_width(code));  // 1 to 33
     if (2 * width - 1 > bitbuffer::BitsLeft(*bb))
@@ -69,10 +74,10 @@ int SetUint32Golomb(bitbuffer_t *bb, uint32_t value) {
 }
 
 int SetNextNBitsFromString(bitbuffer_t *bb, unsigned int n, const unsigned char *source) {
-    if (bb == nullptr || source == nullptr) {
-        _DoAssert(bb == nullptr ? "bb != NULL" : "source != NULL", __func__, __FILE_NAME__, __LINE__);
+    if (MISSING(bb) || MISSING(source))
         return -1;
-    }
+    if (n == 0)
+        return 0;
     if (n > bitbuffer::BitsLeft(*bb))
         return -1;
     if (bb->bit_offset % 8 == 0) {

@@ -1,5 +1,7 @@
 // The channels: a fixed table in which a name keeps its place, and so its handle, for good.
 
+#include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 
@@ -32,8 +34,6 @@ Channel *FindOrAdd(const char *name) {
     return nullptr;
 }
 
-constexpr int kLevelLimit = 1000;  // far beyond any level in use
-
 // The level that an environment variable asks for, else `otherwise`; what is no number is reported once.
 int LevelFromEnvironment(const char *variable, int otherwise, bool *bad_level_reported) {
     const char *value = std::getenv(variable);
@@ -41,8 +41,8 @@ int LevelFromEnvironment(const char *variable, int otherwise, bool *bad_level_re
         return otherwise;
     char *end = nullptr;
     const long level = std::strtol(value, &end, 10);
-    if (end != value && *end == '\0' && level >= -kLevelLimit && level <= kLevelLimit)
-        return static_cast<int>(level);
+    if (end != value && *end == '\0')
+        return static_cast<int>(std::clamp<long>(level, INT_MIN, INT_MAX));
     if (!*bad_level_reported)
         Emit({"DBGTRACE", 3, __func__, __FILE_NAME__, __LINE__}, "%s=%s is not a level, ignored.\n", variable,
              value);
@@ -61,12 +61,30 @@ int DefaultLevel(Channel *channel) {
     return LevelFromEnvironment(this_channel, level, &channel->bad_level_reported);
 }
 
+// Opens the channel of a name that fits the table; null when the table is full.
+HDBG Open(const char *name) {
+    Channel *const channel = FindOrAdd(name);
+    if (channel == nullptr)
+        return nullptr;
+    channel->users++;
+    channel->handle.nMaxLevel = DefaultLevel(channel);
+    return &channel->handle;
+}
+
+// The channel of a handle; null when the handle is none of this service's.
+Channel *ChannelOf(HDBG hDbg) {
+    if (hDbg == nullptr || hDbg->dwReserved >= DBGTRACE_MAX_CHANNELS)
+        return nullptr;
+    Channel *const channel = &channels[hDbg->dwReserved];
+    return &channel->handle == hDbg ? channel : nullptr;
+}
+
 // Assertions come without a handle: they have a channel of their own, open as long as the service is
 // loaded. Until then (priority 101 is the first that is not reserved) they are reported unconditionally.
 HDBG assertions = nullptr;
 
 [[gnu::constructor(101)]] void OpenAssertions() {
-    _DoDbgInit("ASSERT", &assertions);
+    assertions = Open("ASSERT");
 }
 
 void ReportAssertion(const char *function, const char *file, int line, const char *format, const char *text) {
@@ -77,8 +95,6 @@ void ReportAssertion(const char *function, const char *file, int line, const cha
 }  // namespace
 }  // namespace dbgtrace
 
-using dbgtrace::Channel;
-
 BOOL _DoDbgInit(const char *channel_name, HDBG *phDbg) {
     if (phDbg == nullptr) {
         _DoAssert("phDbg != NULL", __func__, __FILE_NAME__, __LINE__);
@@ -88,13 +104,8 @@ BOOL _DoDbgInit(const char *channel_name, HDBG *phDbg) {
     if (channel_name == nullptr || channel_name[0] == '\0' ||
         std::strlen(channel_name) >= DBGTRACE_CHANNEL_NAME_SIZE)
         return FALSE;
-    Channel *channel = dbgtrace::FindOrAdd(channel_name);
-    if (channel == nullptr)
-        return FALSE;
-    channel->users++;
-    channel->handle.nMaxLevel = dbgtrace::DefaultLevel(channel);
-    *phDbg = &channel->handle;
-    return TRUE;
+    *phDbg = dbgtrace::Open(channel_name);
+    return *phDbg != nullptr;
 }
 
 void _DoDbgUninitEx(HDBG *phDbg, const char *function, const char *file, int line) {
@@ -102,11 +113,9 @@ void _DoDbgUninitEx(HDBG *phDbg, const char *function, const char *file, int lin
         _DoAssert("phDbg != NULL", function, file, line);
         return;
     }
-    if (*phDbg == nullptr)
-        return;
-    Channel &channel = dbgtrace::channels[(*phDbg)->dwReserved];
-    if (channel.users > 0)
-        channel.users--;
+    dbgtrace::Channel *const channel = dbgtrace::ChannelOf(*phDbg);
+    if (channel != nullptr && channel->users > 0)
+        channel->users--;
     *phDbg = nullptr;
 }
 

@@ -25,12 +25,12 @@ std::atomic<bool> in_mid_line{false};
 void WriteToStandardError(const char *bytes, size_t length) {
     while (length > 0) {
         const ssize_t written = ::write(STDERR_FILENO, bytes, length);
-        if (written < 0 && errno != EINTR)
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
             return;  // nowhere left to complain
-        if (written > 0) {
-            bytes += written;
-            length -= static_cast<size_t>(written);
-        }
+        bytes += written;
+        length -= static_cast<size_t>(written);
     }
 }
 

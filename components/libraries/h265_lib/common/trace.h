@@ -30,11 +30,25 @@ inline bool TraceLetsThrough(int level) {
             _DoDbgPrintEx(g_hH265LibDbg, level, __func__, __FILE_NAME__, __LINE__, __VA_ARGS__); \
     } while (0)
 
-// Reports an argument that is not as it has to be, and carries on.
-#define ASSERT_ARGUMENT(expression)                                    \
-    do {                                                               \
-        if (!(expression)) [[unlikely]]                                \
-            _DoAssert(#expression, __func__, __FILE_NAME__, __LINE__); \
+// Reports an argument that is not as it has to be, and carries on. Like every message, only while the library
+// has its channel.
+#define ASSERT_ARGUMENT(expression)        \
+    do {                                   \
+        if (!(expression)) [[unlikely]]    \
+            REPORT_ASSERTION(#expression); \
+    } while (0)
+
+#define REPORT_ASSERTION(text)                                  \
+    do {                                                        \
+        if (g_hH265LibDbg != nullptr)                           \
+            _DoAssert(text, __func__, __FILE_NAME__, __LINE__); \
+    } while (0)
+
+// The same for a condition that is told in words.
+#define TEXT_ASSERTION(text)                                        \
+    do {                                                            \
+        if (g_hH265LibDbg != nullptr)                               \
+            _DoTextAssert(__func__, __FILE_NAME__, __LINE__, text); \
     } while (0)
 
 // Where a message comes from, for helpers that report in the name of their caller.

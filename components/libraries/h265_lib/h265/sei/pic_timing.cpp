@@ -45,19 +45,17 @@ int _set_pictiming_elements(bitbuffer_t *pictiming_bb, int PicTimingSodbLength, 
             SET_U_AS(bb, au_cpb_removal_delay_length, pPt->au_cpb_removal_delay_minus1,
                      "Failed to set au_cpb_removal_delay_minus1.\n");
         else
-            _DoTextAssert(__func__, __FILE_NAME__, __LINE__,
-                          "Syntax Element \"au_cpb_removal_delay_length_minus1\" is longer than expected");
+            TEXT_ASSERTION("Syntax Element \"au_cpb_removal_delay_length_minus1\" is longer than expected");
         const unsigned int dpb_output_delay_length = hrd.dpb_output_delay_length_minus1 + 1U;
         if (dpb_output_delay_length <= MAX_LENGTH)
             SET_U_AS(bb, dpb_output_delay_length, pPt->pic_dpb_output_delay,
                      "Failed to set dpb_output_delay.\n");
         else
-            _DoTextAssert(__func__, __FILE_NAME__, __LINE__,
-                          "Syntax Element \"dpb_output_delay_length_minus1\" is longer than expected");
+            TEXT_ASSERTION("Syntax Element \"dpb_output_delay_length_minus1\" is longer than expected");
     }
     // decoding units are not supported: the message is then shorter than H.265 has it
     if (hrd.sub_pic_hrd_params_present_flag && hrd.sub_pic_cpb_params_in_pic_timing_sei_flag)
-        _DoAssert("0", __func__, __FILE_NAME__, __LINE__);
+        REPORT_ASSERTION("0");
 
     if (EndSeiMessage(TRACE_SITE, bb, size_position) == -1)
         return -1;

@@ -56,13 +56,13 @@ int _parse_pps(bitbuffer_t *pps_nalu_bb, pps_h265_t *pps) {
         if (!pps->uniform_spacing_flag) {
             for (int i = 0; i < static_cast<int>(pps->num_tile_columns_minus1); i++) {
                 if (i > MAX_TILE_COLUMN_INDEX)
-                    _DoTextAssert(__func__, __FILE_NAME__, __LINE__, "Too many tiles columns!");
+                    TEXT_ASSERTION("Too many tiles columns!");
                 else
                     READ_UE(bb, pps, column_width_minus1, i);
             }
             for (int i = 0; i < static_cast<int>(pps->num_tile_rows_minus1); i++) {
                 if (i > MAX_TILE_ROW_INDEX)
-                    _DoTextAssert(__func__, __FILE_NAME__, __LINE__, "Too many tiles rows!");
+                    TEXT_ASSERTION("Too many tiles rows!");
                 else  // reported under the name of the columns
                     READ_UE_AS(bb, pps->row_height_minus1[i], "cannot parse column_width_minus1[%d].\n", i);
             }

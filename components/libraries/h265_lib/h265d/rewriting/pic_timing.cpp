@@ -28,8 +28,7 @@ int _modify_sei_pictiming_parameters(bitbuffer_t *sei_nalu_bb, int SEISodbLength
     AdvanceToPayload(bb, PayloadIndex);
     TRACE(kFunction, "Advancing to Payload index:%d.\n", PayloadIndex);
     if (!pVUI->frame_field_info_present_flag) {
-        _DoTextAssert(__func__, __FILE_NAME__, __LINE__,
-                      "VUI frame_field_info_present_flag should be present.");
+        TEXT_ASSERTION("VUI frame_field_info_present_flag should be present.");
         TRACE(kFunction, "Done.\n");
         return -1;
     }

@@ -87,7 +87,7 @@ int _modify_sps_parameters(bitbuffer_t *sps_bb, int SpsSodbLength, const sps_h26
         return -1;
 
     if (sps->vui_parameters_present_flag != 1) {
-        _DoTextAssert(__func__, __FILE_NAME__, __LINE__, "vui parameters should be present at this point.");
+        TEXT_ASSERTION("vui parameters should be present at this point.");
         return -1;
     }
     num_bits = sps->vui_parameters_present_offset - static_cast<int>(sps_bb->bit_offset);

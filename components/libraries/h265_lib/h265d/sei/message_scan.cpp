@@ -139,7 +139,7 @@ BOOL H265Lib_DetermineSEIType(const unsigned char *pBuffer, int BufferLen, int *
         capacity = static_cast<unsigned int>(BufferLen);
         pSEISodbBuffer = scratch.heap = static_cast<unsigned char *>(std::calloc(1, capacity));
         if (pSEISodbBuffer == nullptr) {
-            _DoAssert("pSEISodbBuffer = calloc(1, BufferLen)", __func__, __FILE_NAME__, __LINE__);
+            REPORT_ASSERTION("pSEISodbBuffer = calloc(1, BufferLen)");
             return FALSE;
         }
         if (IsDue(last_logged, 5))
