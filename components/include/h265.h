@@ -80,8 +80,8 @@ int H265Lib_format_end_of_sequence_nalu(unsigned char *buffer, unsigned int len)
 /*
  * Parses an access unit delimiter whose payload, unlike that of a NAL unit in a stream, still holds the
  * two header bytes: the type and the picture type are read from bits 1 to 6 and 22 to 24 of the data
- * behind the NAL unit header. An ordinary delimiter is too short for that and fails. The payload may have
- * at most 16 bytes.
+ * behind the NAL unit header. An ordinary delimiter is too short for that and fails. The NAL unit may
+ * have at most 16 bytes, start code not counted.
  */
 BOOL H265Lib_Parse_au_delimiter_nal(unsigned char *buffer, int buffer_len, aud_h265_t *aud_data);
 

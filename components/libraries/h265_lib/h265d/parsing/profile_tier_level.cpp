@@ -115,8 +115,8 @@ int _parse_profile_tier_level(bitbuffer_t *sps_nalu_bb, unsigned char maxNumSubL
                              "cannot parse sub_layer_one_picture_only_constraint_flag[%d].\n", i);
                 READ_FLAG_AS(bb, block->lower_bitrate_constraint_flag,
                              "cannot parse sub_layer_lower_bitrate_constraint_flag[%d].\n", i);
-                if (sub_layer_compatible(
-                        5)) {  // profile 5 alone: 9 and 10 have the 34 bits here, unlike the general part
+                // profile 5 alone: 9 and 10 have the 34 bits here, unlike the general part
+                if (sub_layer_compatible(5)) {
                     READ_FLAG_AS(bb, block->max_14bits_constraint_flag,
                                  "cannot parse max_14bits_constraint_flag[%d].\n", i);
                     READ_U_AS(bb, 33, block->reserved_zero_33bits, "cannot parse reserved_zero_33bits[%d].\n",
