@@ -21,7 +21,7 @@ void ExpectErrors(const EntryPoint &entry_point, const Bytes &nal, std::vector<s
 }  // namespace
 
 void ExpectRefusesMalformedFrames(const EntryPoint &entry_point) {
-    for (const size_t length : {0, 1, 2, 3, 4}) {
+    for (const size_t length : {0U, 1U, 2U, 3U, 4U}) {
         Bytes nal = {0, 0, 0, 1};
         nal.resize(length);
         ExpectErrors(
@@ -40,7 +40,7 @@ void ExpectRefusesMalformedFrames(const EntryPoint &entry_point) {
     ExpectErrors(entry_point, {0, 0, 1, 0x40, 1}, {no_sodb});
     ExpectErrors(entry_point, {0, 0, 0, 1, 0x40}, {no_sodb});
 
-    for (const size_t start_code_length : {3, 4}) {
+    for (const size_t start_code_length : {3U, 4U}) {
         const ControlledClock clock(FreshTime());  // the first report is limited in rate
         Bytes nal(start_code_length + entry_point.longest + 1, 0xFF);
         std::fill_n(nal.begin(), start_code_length - 1, static_cast<unsigned char>(0));

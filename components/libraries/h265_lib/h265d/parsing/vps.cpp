@@ -1,5 +1,7 @@
 #include "h265d/parsing/vps.h"
 
+#include <algorithm>
+
 #include "common/read.h"
 #include "h265d/framing/parse_frame.h"
 #include "h265d/parsing/hrd.h"
@@ -91,9 +93,11 @@ int _parse_vps(bitbuffer_t *vps_nalu_bb, vps_h265_t *pVps) {
         hrd_h265_t dropped_hrd;
         const int vps_num_hrd_parameters = static_cast<int>(pVps->vps_num_hrd_parameters);
         for (int i = 0; i < vps_num_hrd_parameters; i++) {
-            // a dropped HRD without a common part of its own leans on the one before it
+            // a dropped HRD without a common part of its own leans on the one before it, as H.265 infers it
             if (i == H265_VPS_HRDS)
                 dropped_hrd = pVps->vps_hrd_parameters[H265_VPS_HRDS - 1];
+            if (i >= H265_VPS_HRDS)
+                std::fill_n(dropped_hrd.low_delay_hrd_flag, H265_HRD_SUB_LAYERS, 0);
             int &cprms_present_flag = KeptOrDropped(pVps->cprms_present_flag, i, dropped_flag);
             READ_UE_AS(bb, KeptOrDropped(pVps->hrd_layer_set_idx, i, dropped_value),
                        "cannot parse hrd_layer_set_idx[%d].\n", i);
