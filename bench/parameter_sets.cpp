@@ -2,42 +2,21 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
-#include <vector>
 
 #include "h265.h"
+#include "samples.h"
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-Bytes ReadFile(const std::string &name) {
-    std::ifstream file(SAMPLES_DIR "/" + name, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), {});
-}
-
-// The first NAL unit of a type, with its start code.
-Bytes FirstNal(const Bytes &stream, int nal_unit_type) {
-    for (size_t i = 0; i + 4 < stream.size(); i++) {
-        if (std::memcmp(&stream[i], "\0\0\1", 3) != 0 || stream[i + 3] >> 1 != nal_unit_type)
-            continue;
-        size_t end = i + 3;
-        while (end < stream.size() &&
-               !(end + 2 < stream.size() && stream[end] == 0 && stream[end + 1] == 0 && stream[end + 2] <= 1))
-            end++;
-        return Bytes(&stream[i], stream.data() + end);
-    }
-    std::abort();
-}
+using bench::Bytes;
+using bench::FirstNal;
 
 constexpr char kStream[] = "progressive-hrd-vui.hevc";
 
 void ParseVps(benchmark::State &state) {
-    const Bytes nal = FirstNal(ReadFile(kStream), 32);
+    const Bytes nal = FirstNal(bench::ReadSample(kStream), 32);
     const auto vps = std::make_unique<vps_h265_t>();
     vps->cprms_present_flag[0] = 1;
     for (auto _ : state)
@@ -45,7 +24,7 @@ void ParseVps(benchmark::State &state) {
 }
 
 void ParseSps(benchmark::State &state, const char *stream) {
-    const Bytes nal = FirstNal(ReadFile(stream), 33);
+    const Bytes nal = FirstNal(bench::ReadSample(stream), 33);
     const auto sps = std::make_unique<sps_h265_t>();
     for (auto _ : state)
         benchmark::DoNotOptimize(H265Lib_Parse_sps_nal(nal.data(), nal.size(), sps.get()));
@@ -53,14 +32,14 @@ void ParseSps(benchmark::State &state, const char *stream) {
 }
 
 void ParsePps(benchmark::State &state) {
-    const Bytes nal = FirstNal(ReadFile(kStream), 34);
+    const Bytes nal = FirstNal(bench::ReadSample(kStream), 34);
     const auto pps = std::make_unique<pps_h265_t>();
     for (auto _ : state)
         benchmark::DoNotOptimize(H265Lib_Parse_pps_nal(nal.data(), static_cast<int>(nal.size()), pps.get()));
 }
 
 void CachedSps(benchmark::State &state) {
-    const Bytes nal = FirstNal(ReadFile(kStream), 33);
+    const Bytes nal = FirstNal(bench::ReadSample(kStream), 33);
     const auto context = std::make_unique<H265D_PARSE_CONTEXT>();
     const auto sps = std::make_unique<sps_h265_t>();
     H265Lib_Parse_sps_nal_ex(nal.data(), nal.size(), context.get(), sps.get());
@@ -69,7 +48,7 @@ void CachedSps(benchmark::State &state) {
 }
 
 void CachedPps(benchmark::State &state) {
-    const Bytes nal = FirstNal(ReadFile(kStream), 34);
+    const Bytes nal = FirstNal(bench::ReadSample(kStream), 34);
     const auto context = std::make_unique<H265D_PARSE_CONTEXT>();
     const auto pps = std::make_unique<pps_h265_t>();
     const unsigned int size = static_cast<unsigned int>(nal.size());
@@ -89,7 +68,7 @@ void MemcpyRecord(benchmark::State &state) {
 }
 
 void ParseSliceHeader(benchmark::State &state) {
-    const Bytes stream = ReadFile(kStream);
+    const Bytes stream = bench::ReadSample(kStream);
     const Bytes sps_nal = FirstNal(stream, 33);
     const Bytes pps_nal = FirstNal(stream, 34);
     const auto sps = std::make_unique<sps_h265_t>();

@@ -20,4 +20,6 @@ target_compile_options(
             -Wno-format-nonliteral
             -Wundef
             -Wvla
+            # GCC 12 sees an overlap within std::string's own operator+
+            $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
             $<$<BOOL:${H265_WARNINGS_AS_ERRORS}>:-Werror>)

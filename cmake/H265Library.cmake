@@ -16,7 +16,9 @@ function(h265_add_library name)
                VISIBILITY_INLINES_HIDDEN ON)
 
   add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
-  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  # The libraries find each other where they are installed, whatever the prefix.
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+                                           INSTALL_RPATH "$ORIGIN")
   if(NOT H265_SANITIZED)
     target_link_options(${name} PRIVATE -Wl,-z,defs)
   endif()

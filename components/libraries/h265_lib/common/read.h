@@ -21,7 +21,7 @@
 
 // What a reader returns when an element cannot be read; defined beforehand by readers that return a BOOL.
 #ifndef READ_FAILURE
-#define READ_FAILURE -1
+#define READ_FAILURE (-1)
 #endif
 
 #define READ_FLAG(bb, record, element, ...) \
