@@ -26,39 +26,28 @@ inline uint64_t LoadWord(const unsigned char *bytes) {
            uint64_t{bytes[6]} << 8 | uint64_t{bytes[7]};
 }
 
+// Written out for the same reason: one byte swap and one store.
 inline void StoreWord(unsigned char *bytes, uint64_t word) {
-    for (unsigned int i = 0; i < 8; i++)
-        bytes[i] = static_cast<unsigned char>(word >> (56 - 8 * i));
-}
-
-// The bytes from the cursor's byte to the end of the buffer, at most eight.
-inline size_t BytesInReach(const bitbuffer_t &bb) {
-    const size_t end = (size_t{bb.num_bits} + 7) / 8;
-    const size_t left = end - bb.bit_offset / 8;
-    return left < 8 ? left : 8;
+    bytes[0] = static_cast<unsigned char>(word >> 56);
+    bytes[1] = static_cast<unsigned char>(word >> 48);
+    bytes[2] = static_cast<unsigned char>(word >> 40);
+    bytes[3] = static_cast<unsigned char>(word >> 32);
+    bytes[4] = static_cast<unsigned char>(word >> 24);
+    bytes[5] = static_cast<unsigned char>(word >> 16);
+    bytes[6] = static_cast<unsigned char>(word >> 8);
+    bytes[7] = static_cast<unsigned char>(word);
 }
 
 // The word that starts at the cursor's byte, with zeros behind the end of the buffer.
 inline uint64_t LoadAtCursor(const bitbuffer_t &bb) {
     const unsigned char *bytes = bb.bit_buffer + bb.bit_offset / 8;
-    const size_t count = BytesInReach(bb);
-    if (count == 8)
+    const size_t left = (size_t{bb.num_bits} + 7) / 8 - bb.bit_offset / 8;
+    if (left >= 8)
         return LoadWord(bytes);
     uint64_t word = 0;
-    for (size_t i = 0; i < count; i++)
+    for (size_t i = 0; i < left; i++)
         word |= uint64_t{bytes[i]} << (56 - 8 * i);
     return word;
-}
-
-inline void StoreAtCursor(const bitbuffer_t &bb, uint64_t word) {
-    unsigned char *bytes = bb.bit_buffer + bb.bit_offset / 8;
-    const size_t count = BytesInReach(bb);
-    if (count == 8) {
-        StoreWord(bytes, word);
-        return;
-    }
-    for (size_t i = 0; i < count; i++)
-        bytes[i] = static_cast<unsigned char>(word >> (56 - 8 * i));
 }
 
 // The widest field that one word can hold at any bit position of its first byte.

@@ -8,12 +8,38 @@
 namespace bitbuffer {
 namespace {
 
-// Puts the low n bits of a value, 1 to 57; the caller has checked that there is room.
+// Puts the low n bits of a value, 1 to 64; the caller has checked that there is room. Only the bytes of the
+// field are touched: a load that overlaps a wider store of the field before would have to wait for it.
 inline void Put(bitbuffer_t &bb, unsigned int n, uint64_t value) {
-    const unsigned int shift = 64 - n - bb.bit_offset % 8;
-    const uint64_t mask = (~uint64_t{0} >> (64 - n)) << shift;
-    StoreAtCursor(bb, (LoadAtCursor(bb) & ~mask) | ((value << shift) & mask));
+    unsigned char *byte = bb.bit_buffer + bb.bit_offset / 8;
+    unsigned int room = 8 - bb.bit_offset % 8;
     bb.bit_offset += n;
+    for (; n >= room; byte++, room = 8) {
+        n -= room;
+        const unsigned int mask = 0xFFU >> (8 - room);
+        *byte = static_cast<unsigned char>((*byte & ~mask) | (static_cast<unsigned int>(value >> n) & mask));
+    }
+    if (n > 0) {
+        const unsigned int mask = (0xFFU >> (8 - n)) << (room - n);
+        *byte = static_cast<unsigned char>((*byte & ~mask) |
+                                           (static_cast<unsigned int>(value << (room - n)) & mask));
+    }
+}
+
+// Puts whole words of a bit string between two bytes of the destination. Returns the number of bits put.
+unsigned int PutWords(bitbuffer_t &bb, unsigned int n, const unsigned char *source) {
+    const unsigned int shift = bb.bit_offset % 8;  // not 0
+    unsigned char *const destination = bb.bit_buffer + bb.bit_offset / 8;
+    uint64_t carry = destination[0] >> (8 - shift);  // the bits that the next word begins with
+    unsigned int done = 0;
+    for (; n - done >= 64; done += 64) {
+        const uint64_t word = LoadWord(source + done / 8);
+        StoreWord(destination + done / 8, carry << (64 - shift) | word >> shift);
+        carry = word;
+    }
+    bb.bit_offset += done - shift;
+    Put(bb, shift, carry);
+    return done;
 }
 
 inline int PutBits(bitbuffer_t &bb, unsigned int n, unsigned int max_bits, uint64_t value) {
@@ -85,11 +111,9 @@ int SetNextNBitsFromString(bitbuffer_t *bb, unsigned int n, const unsigned char 
         source += n / 8;
         bb->bit_offset += n / 8 * 8;
     } else {
-        for (; n >= 64; n -= 64, source += 8) {
-            const uint64_t word = bitbuffer::LoadWord(source);
-            bitbuffer::Put(*bb, 32, word >> 32);
-            bitbuffer::Put(*bb, 32, word);
-        }
+        const unsigned int done = n >= 64 ? bitbuffer::PutWords(*bb, n, source) : 0;
+        n -= done;
+        source += done / 8;
         for (; n >= 8; n -= 8)
             bitbuffer::Put(*bb, 8, *source++);
     }
