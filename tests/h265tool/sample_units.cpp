@@ -1,0 +1,59 @@
+#include "sample_units.h"
+
+namespace h265tool {
+
+using test::BitString;
+
+BitString ProfileTierLevel() {
+    return BitString()
+        .U(2, 0)
+        .U(1, 0)
+        .U(5, 1)            // general_profile_idc
+        .U(32, 0x60000000)  // compatible with 1 and 2
+        .U(4, 9)            // progressive, frame only
+        .U(43, 0)
+        .U(1, 0)
+        .U(8, 93);
+}
+
+BitString Sps(const SpsChoices &choices) {
+    BitString sps;
+    sps.U(4, 0).U(3, choices.max_sub_layers_minus1).U(1, 1).Append(ProfileTierLevel());
+    if (choices.max_sub_layers_minus1 > 0)
+        sps.U(2 * choices.max_sub_layers_minus1, 0).U(2 * (8 - choices.max_sub_layers_minus1), 0);
+    sps.Ue(choices.id).Ue(1).Ue(choices.width).Ue(choices.height).U(1, 0).Ue(0).Ue(0);
+    sps.Ue(choices.log2_max_pic_order_cnt_lsb_minus4);
+    sps.U(1, 0).Ue(4).Ue(2).Ue(0);            // ordering information of the highest sub-layer
+    sps.Ue(0).Ue(1).Ue(0).Ue(2).Ue(0).Ue(0);  // block sizes
+    sps.U(1, 0).U(1, 0).U(1, 0).U(1, 0);      // no scaling lists, AMP, SAO, PCM
+    sps.Append(choices.strps);
+    return sps.U(1, 0).U(1, 0).U(1, 0).U(1, 0).U(1, 0);
+}
+
+BitString Pps(unsigned int id, unsigned int sps_id, bool dependent_slice_segments) {
+    BitString pps;
+    pps.Ue(id).Ue(sps_id).U(1, dependent_slice_segments).U(1, 0).U(3, 0).U(1, 0).U(1, 0).Ue(0).Ue(0).Se(0);
+    pps.U(1, 0).U(1, 0).U(1, 0).Se(0).Se(0).U(1, 0).U(1, 0).U(1, 0).U(1, 0).U(1, 0).U(1, 0);
+    return pps.U(1, 0).U(1, 0).U(1, 0).U(1, 0).Ue(0).U(1, 0).U(1, 0);
+}
+
+BitString VpsWithTiming() {
+    BitString vps;
+    vps.U(4, 2).U(1, 1).U(1, 1).U(6, 0).U(3, 0).U(1, 1).U(16, 0xFFFF).Append(ProfileTierLevel());
+    vps.U(1, 0).Ue(4).Ue(2).Ue(0).U(6, 0).Ue(0);
+    return vps.U(1, 1).U(32, 1001).U(32, 30000);
+}
+
+NalUnit Unit(unsigned int nal_unit_type, BitString payload) {
+    return UnitOf(test::NalUnit(static_cast<int>(nal_unit_type), payload.TrailingBits().Bytes()));
+}
+
+NalUnit UnitOf(const test::Bytes &bytes) {
+    NalUnit unit;
+    unit.size = bytes.size();
+    unit.start_code_length = bytes[2] == 1 ? 3 : 4;
+    unit.head = bytes;
+    return unit;
+}
+
+}  // namespace h265tool

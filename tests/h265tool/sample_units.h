@@ -1,0 +1,37 @@
+// Small NAL units made by hand.
+
+#ifndef TESTS_H265TOOL_SAMPLE_UNITS_H
+#define TESTS_H265TOOL_SAMPLE_UNITS_H
+
+#include "nal_unit.h"
+#include "support/bit_string.h"
+#include "support/nal_unit.h"
+
+namespace h265tool {
+
+struct SpsChoices {
+    unsigned int id = 0;
+    unsigned int width = 64;
+    unsigned int height = 64;
+    unsigned int max_sub_layers_minus1 = 0;
+    unsigned int log2_max_pic_order_cnt_lsb_minus4 = 4;
+    test::BitString strps = test::BitString().Ue(0);  // from num_short_term_ref_pic_sets on
+};
+
+test::BitString ProfileTierLevel();  // Main profile, level 3.1, one sub-layer
+
+test::BitString Sps(const SpsChoices &choices);  // blocks of 8x8 to 16x16
+test::BitString Pps(unsigned int id, unsigned int sps_id, bool dependent_slice_segments = false);
+
+// A VPS up to and with vps_time_scale; the rest, from vps_poc_proportional_to_timing_flag on, is the
+// caller's.
+test::BitString VpsWithTiming();
+
+// A NAL unit as the tool has it in its hands, with the trailing bits.
+NalUnit Unit(unsigned int nal_unit_type, test::BitString payload);
+
+NalUnit UnitOf(const test::Bytes &bytes);  // start code included
+
+}  // namespace h265tool
+
+#endif

@@ -1,0 +1,129 @@
+#include "summary.h"
+
+#include <algorithm>
+#include <array>
+#include <cinttypes>
+#include <cstdio>
+
+#include "profile_names.h"
+#include "text.h"
+
+namespace h265tool {
+namespace {
+
+constexpr std::array kChromaFormats = {"4:0:0", "4:2:0", "4:2:2", "4:4:4"};
+
+// "29.97", "25"
+std::string Rate(UINT64 time_scale, UINT64 num_units_in_tick) {
+    if (time_scale % num_units_in_tick == 0)
+        return Text(time_scale / num_units_in_tick);
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.2f",
+                  static_cast<double>(time_scale) / static_cast<double>(num_units_in_tick));
+    return text.data();
+}
+
+// The size of the pictures that are shown, "1920x1080": the conformance window, whose offsets count chroma
+// samples (clause 7.4.3.2.1).
+std::string CroppedSize(const sps_h265_t &sps) {
+    const bool planes = sps.separate_colour_plane_flag != 0;
+    const UINT64 SubWidthC = !planes && (sps.chroma_format_idc == 1 || sps.chroma_format_idc == 2) ? 2 : 1;
+    const UINT64 SubHeightC = !planes && sps.chroma_format_idc == 1 ? 2 : 1;
+    const auto rest = [](UINT64 whole, UINT64 cut) { return whole - std::min(whole, cut); };
+    const UINT64 width = rest(sps.pic_width_in_luma_samples,
+                              SubWidthC * (sps.conf_win_left_offset + sps.conf_win_right_offset));
+    const UINT64 height = rest(sps.pic_height_in_luma_samples,
+                               SubHeightC * (sps.conf_win_top_offset + sps.conf_win_bottom_offset));
+    return Text(width, "x", height);
+}
+
+std::string ChromaFormat(const sps_h265_t &sps) {
+    if (sps.chroma_format_idc >= kChromaFormats.size())
+        return Text("chroma_format_idc ", sps.chroma_format_idc);
+    return kChromaFormats[sps.chroma_format_idc];
+}
+
+// "8 bits"; where luma and chroma differ, "8/10 bits"
+std::string BitDepth(const sps_h265_t &sps) {
+    const UINT64 luma = sps.bit_depth_luma_minus8 + 8;
+    const UINT64 chroma = sps.bit_depth_chroma_minus8 + 8;
+    return sps.chroma_format_idc == 0 || chroma == luma ? Text(luma, " bits")
+                                                        : Text(luma, "/", chroma, " bits");
+}
+
+std::string SliceType(UINT64 slice_type) {
+    static constexpr std::array kLetters = {"B", "P", "I"};
+    return slice_type < kLetters.size() ? kLetters[slice_type] : Text("slice_type ", slice_type);
+}
+
+struct Summarizer {
+    std::string operator()(std::monostate) const { return {}; }
+
+    std::string operator()(const vps_h265_t *vps) const {
+        const int sub_layers = vps->vps_max_sub_layers_minus1 + 1;
+        return Text("VPS ", vps->vps_video_parameter_set_id, ": ", sub_layers,
+                    sub_layers == 1 ? " sub-layer" : " sub-layers");
+    }
+
+    std::string operator()(const sps_h265_t *sps) const {
+        std::string text =
+            Text("SPS ", sps->seq_parameter_set_id, ": ", CroppedSize(*sps), " ", ChromaFormat(*sps), ", ",
+                 BitDepth(*sps), ", ", ProfileTierLevelName(sps->ptl));
+        const vui_h265_t &vui = sps->vui;
+        if (!vui.vui_timing_info_present_flag || vui.vui_num_units_in_tick == 0)
+            return text;
+        return Text(text, ", ", Rate(vui.vui_time_scale, vui.vui_num_units_in_tick),
+                    vui.field_seq_flag ? " fields/s" : " frames/s");
+    }
+
+    std::string operator()(const pps_h265_t *pps) const {
+        return Text("PPS ", pps->pps_pic_parameter_set_id, ": of SPS ", pps->pps_seq_parameter_set_id);
+    }
+
+    std::string operator()(const Slice &slice) const {
+        const ssh_h265_t &header = slice.header;
+        const std::string text =
+            Text(header.first_slice_segment_in_pic_flag ? "first slice segment" : "slice segment",
+                 ", address ", header.slice_segment_address);
+        if (header.dependent_slice_segment_flag)
+            return Text("dependent ", text);
+        return Text(text, ", ", SliceType(header.slice_type), ", POC LSBs ", header.slice_pic_order_cnt_lsb);
+    }
+
+    std::string operator()(const aud_h265_t &aud) const {
+        static constexpr std::array kSlices = {"I", "P, I", "B, P, I"};  // Table 7-2
+        if (aud.pic_type < kSlices.size())
+            return Text("pic_type ", aud.pic_type, ": ", kSlices[aud.pic_type]);
+        return Text("pic_type ", aud.pic_type);
+    }
+
+    std::string operator()(const Unparsable &unparsable) const { return Text("error: ", unparsable.reason); }
+    std::string operator()(const NotParsed &not_parsed) const {
+        return Text("not parsed: ", not_parsed.reason);
+    }
+};
+
+}  // namespace
+
+std::string Summary(const UnitContent &content) {
+    return std::visit(Summarizer{}, content);
+}
+
+std::string SummaryLine(const NalUnit &unit, const UnitContent &content) {
+    std::string name = "-";
+    std::string layer = "-";
+    std::string temporal_id = "-";
+    if (const std::optional<NalUnitHeader> header = unit.Header()) {
+        name = NalUnitTypeName(header->nal_unit_type);
+        layer = std::to_string(header->nuh_layer_id);
+        if (header->nuh_temporal_id_plus1 > 0)
+            temporal_id = std::to_string(header->nuh_temporal_id_plus1 - 1);
+    }
+    std::array<char, 128> columns{};
+    std::snprintf(columns.data(), columns.size(), "%10" PRIu64 " %8" PRIu64 "  %-14s  layer %s  tid %s",
+                  unit.offset, unit.size, name.c_str(), layer.c_str(), temporal_id.c_str());
+    const std::string summary = Summary(content);
+    return summary.empty() ? columns.data() : Text(columns.data(), "  ", summary);
+}
+
+}  // namespace h265tool
