@@ -28,7 +28,7 @@ int SeiHeaderLength(unsigned char first_byte) {
 
 // The next byte of the data without emulation prevention bytes.
 bool RawByte(SeiReader *reader, unsigned char *byte) {
-    if (reader->zeros == 2 && reader->next < reader->end && *reader->next == 3) {
+    if (reader->zeros >= 2 && reader->next < reader->end && *reader->next == 3) {
         reader->next++;
         reader->zeros = 0;
     }
@@ -84,6 +84,9 @@ bool NextMessage(SeiReader *reader, SEI_message_t *header, unsigned int *payload
         !ReadSum(reader, &payload_size))
         return false;
     reader->payload_left = payload_size;
+    SeiReader probe = *reader;
+    if (!SkipPayload(&probe))
+        return false;
     *header = {static_cast<unsigned char>(*payload_type), payload_size, reader->index};
     return true;
 }

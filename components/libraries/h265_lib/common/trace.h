@@ -76,6 +76,11 @@ template <typename Argument, typename... Arguments>
     TraceAt(site, level, "%s", text);
 }
 
+[[gnu::cold, gnu::noinline]] inline void AssertAt(const TraceSite &site, const char *expression) {
+    if (g_hH265LibDbg != nullptr)
+        _DoAssert(expression, site.function, site.file, site.line);
+}
+
 // The time at which a message that could repeat on every picture was last due, one for each such message.
 using LastLogged = std::atomic<std::time_t>;
 

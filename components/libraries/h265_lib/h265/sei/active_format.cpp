@@ -1,7 +1,5 @@
 // Active format description: ATSC A/53 part 4 clause 6.2.4 in registered user data.
 
-#include <cstring>
-
 #include "common/trace.h"
 #include "h265/sei/ancillary_data.h"
 #include "h265/sei/user_data.h"

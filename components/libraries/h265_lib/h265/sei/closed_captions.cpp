@@ -1,6 +1,5 @@
 // Closed captions: cc_data( ) of ATSC A/53 part 4 clause 6.2.3 (CTA-708) in registered user data.
 
-#include <cstring>
 #include <ctime>
 
 #include "common/trace.h"
@@ -49,7 +48,7 @@ int H265Lib_format_sei_cc_nal(unsigned char *buffer, int buffer_len, const vanc_
             TRACE(kWarning, "cc_count:%d is greater than maximum of 31.\n", cc_count);
         cc_count = MAX_CC_COUNT;
     }
-    // as an unsigned number: negative counts need too many bytes
+    // as an unsigned number: counts below -4 need too many bytes, and the others give no caption
     const unsigned int BytesNeeded = 3U * static_cast<unsigned int>(cc_count) + CC_DATA_OFFSET;
     const int vanc_entries = VancEntries(vanc_size);
     TRACE(

@@ -1,5 +1,8 @@
 #include "h265d/rewriting/hrd.h"
 
+#include <algorithm>
+#include <climits>
+
 #include "common/write.h"
 
 int _set_hrd_parameters(bitbuffer_t *sps_nalu_bb, int commonInfPresentFlag, int MaxNumSubLayersMinus1,
@@ -48,7 +51,8 @@ int _set_hrd_parameters(bitbuffer_t *sps_nalu_bb, int commonInfPresentFlag, int 
             SET_FLAG(bb, pHrd, low_delay_hrd_flag, i);
         if (!pHrd->low_delay_hrd_flag[i])
             SET_UE(bb, pHrd, cpb_cnt_minus1, i);
-        const int cpb_cnt_minus1 = static_cast<int>(pHrd->cpb_cnt_minus1[i]);
+        const int cpb_cnt_minus1 =
+            static_cast<int>(std::min<uint32_t>(static_cast<uint32_t>(pHrd->cpb_cnt_minus1[i]), INT_MAX));
         if (pHrd->nal_hrd_parameters_present_flag)
             SET_STRUCTURE(_set_sub_layer_hrd_parameters(bb, pHrd->sub_pic_hrd_params_present_flag,
                                                         cpb_cnt_minus1, &pHrd->s_l_nal_hrd_parameters[i]),

@@ -57,7 +57,7 @@ SpsRewriting RewriteSpsNal(const TraceSite &site, const unsigned char *pBuffer, 
     unsigned char *const pNewSpsBuffer =
         static_cast<unsigned char *>(std::calloc(1, static_cast<size_t>(NewSpsBufLength)));
     if (pNewSpsBuffer == nullptr) {
-        _DoAssert("pNewSpsBuffer = calloc(1, NewSpsBufLength)", site.function, site.file, site.line);
+        AssertAt(site, "pNewSpsBuffer = calloc(1, NewSpsBufLength)");
         return Cleared(SpsRewriting::kFailed, ppNewSpsBuffer, pNewSPSLength);
     }
     const int header = offset + NAL_HEADER_SIZE;
