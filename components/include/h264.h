@@ -20,7 +20,7 @@ XTYPES_API_BEGIN
 
 /*
  * Finds the first closed caption message (registered user data with the identifier "GA94" and user data type
- * code 3, ATSC A/53 part 4) and parses it. Returns TRUE with the record written as a whole; or FALSE with the
+ * code 3, ATSC A/53) and parses it. Returns TRUE with the record written as a whole; or FALSE with the
  * record as it was, and the reason at level 3: no SEI NAL unit, no such message, or one that is malformed.
  * A null pointer is reported as a failed assertion.
  */

@@ -260,7 +260,7 @@ BOOL H265Lib_modify_pictiming_sei_NAL(unsigned char *pBuffer, UINT *pBufferLen, 
  */
 
 /*
- * Closed captions (registered user data, ATSC A/53 part 4) of one picture.
+ * Closed captions (registered user data, ATSC A/53) of one picture.
  *
  * cc_count     constructs that the message carries, at most 31 (more count as 31): the captions of vanc_data
  *              in order, then padding (FA 00 00). A count above 512 is (encoder id + 1) * 512 + count; it is

@@ -25,7 +25,7 @@ typedef struct caption_t {
     unsigned char data2; /* cc_data_2 */
 } caption_t;
 
-/* Active format description, ATSC A/53 part 4 clause 6.2.4. */
+/* Active format description, ATSC A/53 clause 6.2.4. */
 typedef struct afd_t {
     int active_format_flag;      /* bit 0: active_format is there */
     unsigned char active_format; /* 4 bits */

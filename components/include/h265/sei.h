@@ -62,7 +62,7 @@ typedef struct sei_h265_time_code_t {
     INT64 time_offset_value[H265_TIME_CODE_CLOCKS];          /* i(v), with a length above 0 */
 } sei_h265_time_code_t;
 
-/* The head of cc_data( ), CTA-708 (ATSC A/53 part 4). */
+/* The head of cc_data( ), CTA-708 (ATSC A/53). */
 typedef struct SEI_cc_data_t {
     int process_cc_data_flag;  /* 1 bit */
     unsigned char cc_count;    /* 5 bits: entries of cc_bytes in use */

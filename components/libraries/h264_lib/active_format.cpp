@@ -1,4 +1,4 @@
-// Active format description in SEI: afd_data( ) of ATSC A/53 part 4 clause 6.2.4, ETSI TS 101 154 annex B.
+// Active format description in SEI: afd_data( ) of ATSC A/53 clause 6.2.4, ETSI TS 101 154 annex B.
 
 #include "h264.h"
 #include "registered_user_data.h"

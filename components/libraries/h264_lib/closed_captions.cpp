@@ -1,4 +1,4 @@
-// Closed captions in SEI: cc_data( ) of ATSC A/53 part 4 clause 6.2.3, CTA-708.
+// Closed captions in SEI: cc_data( ) of ATSC A/53 clause 6.2.3, CTA-708.
 
 #include "h264.h"
 #include "registered_user_data.h"

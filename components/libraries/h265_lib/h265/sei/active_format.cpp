@@ -1,4 +1,4 @@
-// Active format description: ATSC A/53 part 4 clause 6.2.4 in registered user data.
+// Active format description: ATSC A/53 clause 6.2.4 in registered user data.
 
 #include "common/trace.h"
 #include "h265/sei/ancillary_data.h"

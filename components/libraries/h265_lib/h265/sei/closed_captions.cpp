@@ -1,4 +1,4 @@
-// Closed captions: cc_data( ) of ATSC A/53 part 4 clause 6.2.3 (CTA-708) in registered user data.
+// Closed captions: cc_data( ) of ATSC A/53 clause 6.2.3 (CTA-708) in registered user data.
 
 #include <ctime>
 
