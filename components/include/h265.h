@@ -129,9 +129,10 @@ void H265Lib_Display_pps(const pps_h265_t *pps);
  * Marks a VPS as carrying interlaced source material, in place: general_progressive_source_flag 0,
  * general_interlaced_source_flag 1, general_frame_only_constraint_flag 0. Every other bit stays.
  *
- * The flags can change where emulation prevention bytes are needed. A result shorter than buffer_len leaves
- * the bytes behind it as they were; one that needs more room is not written, and TRUE is returned all the
- * same: append a zero byte (trailing_zero_8bits) and count it in buffer_len to make room.
+ * Pass the NAL unit without zero bytes behind it. Its emulation prevention is applied anew: the result can be
+ * shorter than buffer_len, in which case the bytes behind it stay as they were. It is never longer for a NAL
+ * unit as streams have it; should it not fit (trailing zero bytes, missing emulation prevention), the buffer
+ * stays as it was, and TRUE is returned all the same.
  *
  * Returns FALSE, with the buffer as it was, when the VPS cannot be parsed. Keeps a vps_h265_t (about 170 KiB)
  * on the stack.
@@ -144,14 +145,14 @@ BOOL H265Lib_modify_vps_NAL(unsigned char *pBuffer, unsigned int buffer_len);
  * general_frame_only_constraint_flag become 0; every other bit is carried over.
  *
  * pSpsElements     the record of this very NAL unit, parsed and then edited: its recorded positions are used.
- *                  vui_parameters_present_flag has to be 1 (parsed so: the SPS has to have a VUI), and
- *                  conformance_window_flag has to stay as parsed
+ *                  vui_parameters_present_flag has to be 1; conformance_window_flag has to stay as parsed
  * ppNewSpsBuffer,  receive the new NAL unit and its length; release it with H265Lib_Release_sps_buffer. A
  * pNewSPSLength    length of no more than start code and header says that the SPS did not fit
  *
  * Returns FALSE with NULL and 0 there when there is no start code, when the record does not fit the NAL unit,
  * or when no memory is left; with both left alone when the NAL unit is longer than 1512 bytes or a pointer is
- * NULL. Two heap blocks: one of 1512 bytes for the call, and the result of buffer_len + 256 bytes.
+ * NULL (H265Lib_Set_sps_vui_parameters_NAL clears them for a NULL record). Two heap blocks: one of 1512 bytes
+ * for the call, and the result of buffer_len + 256 bytes.
  */
 BOOL H265Lib_modify_sps_NAL(const unsigned char *pBuffer, unsigned int buffer_len,
                             const sps_h265_t *pSpsElements, unsigned char **ppNewSpsBuffer,

@@ -33,6 +33,10 @@ BOOL parse_sei_afd_nal(unsigned char *buffer, int buffer_len, SEI_afd_t *sei_afd
         TRACE_ERROR("cannot parse active_format.\n");
         return FALSE;
     }
+    if (!h264::SkipPayload(&reader)) {
+        TRACE_ERROR("payload_size:%d runs past the NAL unit.\n", user_data.header.payload_size);
+        return FALSE;
+    }
     *sei_afd = {user_data.itu_t_t35_country_code,
                 user_data.itu_t_t35_provider_code,
                 user_data.user_identifier,

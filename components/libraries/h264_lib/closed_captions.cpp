@@ -74,6 +74,10 @@ BOOL parse_sei_cc_nal(unsigned char *buffer, int buffer_len, SEI_cc_t *sei_cc) {
         TRACE_ERROR("cannot parse %s.\n", element);
         return FALSE;
     }
+    if (!h264::SkipPayload(&reader)) {
+        TRACE_ERROR("payload_size:%d runs past the NAL unit.\n", user_data.header.payload_size);
+        return FALSE;
+    }
     *sei_cc = captions;
     return TRUE;
 }

@@ -52,15 +52,6 @@ bool ReadSum(SeiReader *reader, unsigned int *sum) {
     return true;
 }
 
-bool SkipPayload(SeiReader *reader) {
-    unsigned char byte = 0;
-    while (reader->payload_left > 0) {
-        if (!NextByte(reader, &byte))
-            return false;
-    }
-    return true;
-}
-
 }  // namespace
 
 bool OpenSei(SeiReader *reader, const unsigned char *nal, int length) {
@@ -78,15 +69,21 @@ bool OpenSei(SeiReader *reader, const unsigned char *nal, int length) {
     return true;
 }
 
+bool SkipPayload(SeiReader *reader) {
+    unsigned char byte = 0;
+    while (reader->payload_left > 0) {
+        if (!NextByte(reader, &byte))
+            return false;
+    }
+    return true;
+}
+
 bool NextMessage(SeiReader *reader, SEI_message_t *header, unsigned int *payload_type) {
     unsigned int payload_size = 0;
     if (!SkipPayload(reader) || reader->next == reader->end || !ReadSum(reader, payload_type) ||
         !ReadSum(reader, &payload_size))
         return false;
     reader->payload_left = payload_size;
-    SeiReader probe = *reader;
-    if (!SkipPayload(&probe))
-        return false;
     *header = {static_cast<unsigned char>(*payload_type), payload_size, reader->index};
     return true;
 }

@@ -20,11 +20,14 @@ struct SeiReader {
 bool OpenSei(SeiReader *reader, const unsigned char *nal, int length);
 
 // Goes to the next message and gives its header and its whole payload type. Returns false at the end of the
-// NAL unit, and when the header or the payload does not fit into it.
+// NAL unit, and when the header or the payload before it does not fit into it.
 bool NextMessage(SeiReader *reader, SEI_message_t *header, unsigned int *payload_type);
 
 // Reads the next byte of the current message's payload. Returns false behind its last byte.
 bool NextByte(SeiReader *reader, unsigned char *byte);
+
+// Goes behind the current message. Returns false when its payload does not fit into the NAL unit.
+bool SkipPayload(SeiReader *reader);
 
 }  // namespace h264
 

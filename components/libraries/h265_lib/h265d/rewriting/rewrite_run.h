@@ -23,6 +23,12 @@ struct BitString {
 // Takes the heap block. Returns false when there is none, which has been reported in the name of `site`.
 bool AllocateBitString(BitString *string);
 
+// The bits from the cursor to a recorded position. A position that is none gives a number that no run can
+// have.
+inline int BitsUpTo(int position, const bitbuffer_t &reader) {
+    return static_cast<int>(static_cast<unsigned int>(position) - reader.bit_offset);
+}
+
 // Moves num_bits bits from the reader to the bit string, or from there to the writer. Return 0, or -1
 // (reported) when they are not there or do not fit; negative numbers of bits fail as well.
 int ReadRun(bitbuffer_t *reader, int num_bits, BitString *string);

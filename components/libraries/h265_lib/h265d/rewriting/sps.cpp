@@ -69,7 +69,7 @@ int _modify_sps_parameters(bitbuffer_t *sps_bb, int SpsSodbLength, const sps_h26
     SET_FLAG_AS(new_sps_bb, 0, "Failed to set general_frame_only_constraint_flag.\n");
     AdvanceBitOffset(sps_bb, kSourceFlags);
 
-    num_bits = sps->before_pic_num_samples_offset - static_cast<int>(sps_bb->bit_offset);
+    num_bits = BitsUpTo(sps->before_pic_num_samples_offset, *sps_bb);
     TRACE(kFunction, "num_bits:%d from general_frame_only_constraint_flag to pic_width_in_luma_samples.\n",
           num_bits);
     if (CopyRun(sps_bb, num_bits, new_sps_bb, &string) == -1)
@@ -90,7 +90,7 @@ int _modify_sps_parameters(bitbuffer_t *sps_bb, int SpsSodbLength, const sps_h26
         TEXT_ASSERTION("vui parameters should be present at this point.");
         return -1;
     }
-    num_bits = sps->vui_parameters_present_offset - static_cast<int>(sps_bb->bit_offset);
+    num_bits = BitsUpTo(sps->vui_parameters_present_offset, *sps_bb);
     TRACE(kFunction, "num_bits:%d from bit_depth_luma_minus8 to vui_parameters_present_flag.\n", num_bits);
     if (CopyRun(sps_bb, num_bits, new_sps_bb, &string) == -1)
         return -1;

@@ -10,7 +10,7 @@ int FinishSps(bitbuffer_t *reader, int SpsSodbLength, const sps_h265_t *sps, bit
     // The tail is split into a bit string and its last byte. It passes through the reader before the VUI is
     // written, so that failures come in this order.
     reader->bit_offset = static_cast<unsigned int>(sps->sps_extension_present_offset);
-    const int num_bits = SpsSodbLength * 8 - sps->sps_extension_present_offset;
+    const int num_bits = BitsUpTo(SpsSodbLength * 8, *reader);
     TRACE(kFunction,
           "SpsSodbLength bytes:%d(bits:%d). Current offset in bb:%d, num_bits:%d, IsByteBoudary:%s.\n",
           SpsSodbLength, SpsSodbLength * 8, reader->bit_offset, num_bits,
