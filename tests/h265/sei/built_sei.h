@@ -33,7 +33,7 @@ inline Bytes Joined(std::initializer_list<Bytes> parts) {
 class Output {
  public:
     explicit Output(int capacity)
-        : size_(static_cast<size_t>(capacity)), block_(std::make_unique<unsigned char[]>(size_)) {
+        : size_(static_cast<unsigned int>(capacity)), block_(std::make_unique<unsigned char[]>(size_)) {
         std::fill_n(block_.get(), size_, kPrefill);
     }
 
