@@ -8,7 +8,8 @@ declare -A packages=(
   # compiles everything but the benchmarks
   [build]="cmake g++ libcli11-dev libgmock-dev libgtest-dev ninja-build nlohmann-json3-dev"
   # what the tests run beside it
-  [test]="binutils ffmpeg pkg-config python3"
+  [test]="binutils ffmpeg gstreamer1.0-plugins-bad gstreamer1.0-plugins-base gstreamer1.0-plugins-good
+    gstreamer1.0-tools pkg-config python3"
   # the other compilers, the AArch64 cross build with its emulator, and the checks of the sources
   [ci]="clang clang-format clang-tidy g++-aarch64-linux-gnu git googletest qemu-user shellcheck"
   [bench]="libbenchmark-dev"
@@ -24,7 +25,7 @@ for group in "$@"; do
     echo "dependencies.sh: no group '$group', only: ${!packages[*]}" >&2
     exit 2
   fi
-  read -ra names <<<"${packages[$group]}"
+  read -rd "" -a names <<<"${packages[$group]}" || true # it ends at the end of the text
   wanted+=("${names[@]}")
 done
 

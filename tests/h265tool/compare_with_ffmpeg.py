@@ -4,7 +4,8 @@
     compare_with_ffmpeg.py SAMPLES_DIR TOOL...
 
 Every syntax element of VPS, SPS, PPS, AUD and slice segment headers is compared, in both directions: each
-must be there for both, with the same value. Exit status 77 when ffmpeg is not there.
+must be there for both, with the same value. So are type, size and place of every SEI message, and what those hold
+that h265tool reads. Exit status 77 when ffmpeg is not there.
 """
 
 import json
@@ -18,7 +19,7 @@ import tempfile
 SKIPPED = 77
 FEWEST_FIELDS = 180  # of a stream: parameter sets alone have about as many
 
-KINDS = {32: "vps", 33: "sps", 34: "pps", 35: "aud"}
+KINDS = {32: "vps", 33: "sps", 34: "pps", 35: "aud", 39: "sei", 40: "sei"}
 KINDS.update({t: "slice" for t in [*range(0, 10), *range(16, 22)]})
 
 # nal_unit_header( )
@@ -113,7 +114,7 @@ class UnitFields:
         self.hrd_sub_layer = 0
         self.scaling_list_next = 8
 
-    def add(self, name, index, value, bits):
+    def add(self, name, index, value, bits, _position):
         if name in NO_FIELD[self.kind]:
             return
         name = RENAMED.get(name, name)
@@ -194,12 +195,74 @@ class UnitFields:
         return f"{inside}{name}{brackets}", value
 
 
+class SeiFields:
+    """The same of a SEI NAL unit, whose messages are a list."""
+
+    READ = {1: "pic_timing", 129: "active_parameter_sets", 136: "time_code"}
+    RENAMED = {"num_clock_ts": "num_clocks_ts", "cnt_dropped_flag": "cnt_drop_flag"}
+    BEHIND_PAYLOAD = TRAILING | {"bit_equal_to_one", "bit_equal_to_zero", "reserved_payload_extension_data"}
+
+    def __init__(self, kind):
+        self.kind = kind
+        self.problems = []
+        self.fields = {}
+        self.messages = 0
+        self.sum = 0  # of the bytes 0xFF in front of the last byte of a type or size
+        self.type = None
+        self.user_data = []  # of the message, which the trace has byte by byte
+
+    def add(self, name, index, value, _bits, position):
+        message = f"[{self.messages - 1}]"
+        if name == "ff_byte":
+            self.sum += value
+        elif name == "last_payload_type_byte":
+            self.finish()
+            self.type, self.sum = self.sum + value, 0
+            self.fields[f"[{self.messages}].payload_type"] = self.type
+            self.messages += 1
+        elif name == "last_payload_size_byte":
+            self.fields[f"{message}.payload_size"] = self.sum + value
+            self.fields[f"{message}.payload_index"] = position // 8 + 1 - 2  # behind the NAL unit header
+            self.sum = 0
+        elif name not in self.BEHIND_PAYLOAD:
+            if self.type in (4, 5):
+                self.user_data.append(value)
+            elif self.type in self.READ:
+                brackets = "".join(f"[{i}]" for i in index)
+                self.fields[f"{message}.{self.READ[self.type]}.{self.RENAMED.get(name, name)}{brackets}"] = value
+
+    def finish(self):
+        """The last message is complete."""
+        data, self.user_data = self.user_data, []
+        known = {}
+        if self.type == 5:
+            digits = bytes(data[:16]).hex()
+            uuid = "-".join([digits[:8], digits[8:12], digits[12:16], digits[16:20], digits[20:]])
+            known["user_data_unregistered"] = {"uuid_iso_iec_11578": uuid}
+        elif self.type == 4:
+            fields = {"itu_t_t35_country_code": data[0], "itu_t_t35_provider_code": data[1] * 256 + data[2],
+                      "user_identifier": int.from_bytes(data[3:7], "big")}
+            if bytes(data[3:8]) == b"GA94\3":
+                end = 10 + 3 * (data[8] & 0x1F)
+                known["captions"] = fields | {
+                    "user_data_type_code": data[7],
+                    "cc_data": {"process_cc_data_flag": data[8] >> 6 & 1, "cc_count": data[8] & 0x1F,
+                                "marker_bits": data[end]},
+                    "cc_bytes": [{"flag": data[i] >> 2 & 1, "type": data[i] & 3, "data1": data[i + 1],
+                                  "data2": data[i + 2]} for i in range(10, end, 3)]}
+            elif bytes(data[3:7]) == b"DTG1":
+                known["afd"] = fields | {
+                    "afd_data": {"active_format_flag": data[7] >> 6 & 1, "active_format": data[8] & 0x0F}}
+        self.fields.update(flattened(known, f"[{self.messages - 1}]"))
+        self.type = None
+
+
 def ffmpeg_units(stream):
     """The header fields of all NAL units of a stream, and UnitFields of the kinds compared."""
     command = ["ffmpeg", "-v", "trace", "-nostdin", "-f", "hevc", "-i", stream, "-c", "copy", "-bsf:v",
                "trace_headers", "-f", "null", "-"]
     trace = subprocess.run(command, capture_output=True, text=True, errors="replace", check=True).stderr
-    element = re.compile(r"\d+ +(\w+)((?:\[\d+\])*) +([01]+) = (-?\d+)$")
+    element = re.compile(r"(\d+) +(\w+)((?:\[\d+\])*) +([01]+) = (-?\d+)$")
     headers, units, unit = [], [], None
     in_packets = False  # in front of the first packet the parameter sets are traced as extradata
     for line in re.split(r"[\r\n]", trace):
@@ -212,17 +275,18 @@ def ffmpeg_units(stream):
         if not in_packets:
             continue
         if match := element.match(text):
-            name, index, bits, value = match.group(1), match.group(2), match.group(3), int(match.group(4))
+            name, index, bits = match.group(2, 3, 4)
+            position, value = int(match.group(1)), int(match.group(5))
             if name == "forbidden_zero_bit":
                 headers.append([])
                 unit = None
             elif name in HEADER:
                 headers[-1].append(value)
                 if name == "nal_unit_type" and value in KINDS:
-                    unit = UnitFields(KINDS[value])
+                    unit = (SeiFields if KINDS[value] == "sei" else UnitFields)(KINDS[value])
                     units.append(unit)
             elif unit:
-                unit.add(name, [int(i) for i in re.findall(r"\d+", index)], value, bits)
+                unit.add(name, [int(i) for i in re.findall(r"\d+", index)], value, bits, position)
     return headers, units
 
 
@@ -275,6 +339,10 @@ def compare(stream, tool):
             differences.append(f"{where}: no '{expected.kind}' but {unit.get('error')}")
             continue
         actual = dict(flattened(unit[expected.kind]))
+        if expected.kind == "sei":
+            expected.finish()
+            for path in [path for path in actual if path.endswith(".payload_name")]:  # not in the trace
+                del actual[path]
         if expected.kind == "aud":  # the record's copy of the header field
             expected.fields["nal_type"] = unit["nal_unit_type"]
         for path in {**expected.fields, **actual}:
@@ -296,6 +364,10 @@ def main():
         heavy = pathlib.Path(directory, "sps-heavy.hevc")
         heavy.write_bytes((samples / "units/sps-heavy.nal").read_bytes() + streams["slices.hevc"].read_bytes())
         streams["units/sps-heavy.nal + slices.hevc"] = heavy
+        several = pathlib.Path(directory, "sei.hevc")
+        sei = b"".join((samples / f"units/sei-{name}.nal").read_bytes() for name in ("multiple", "time-code"))
+        several.write_bytes(sei + streams["slices.hevc"].read_bytes())
+        streams["units/sei-*.nal + slices.hevc"] = several
         total, failed = 0, False
         for name, stream in streams.items():
             count, differences = compare(str(stream), tool)

@@ -16,6 +16,16 @@ BitString ProfileTierLevel() {
         .U(8, 93);
 }
 
+BitString VuiWithHrd(unsigned int au_cpb_removal_delay_length, unsigned int dpb_output_delay_length,
+                     bool frame_field_info) {
+    BitString vui;
+    vui.U(6, 0).U(1, frame_field_info).U(1, 0);
+    vui.U(1, 1).U(32, 1001).U(32, 30000).U(1, 0).U(1, 1);  // timing, with hrd_parameters( )
+    vui.U(1, 1).U(1, 0).U(1, 0).U(4, 0).U(4, 0).U(5, 23);
+    vui.U(5, au_cpb_removal_delay_length - 1).U(5, dpb_output_delay_length - 1);
+    return vui.U(1, 1).Ue(0).Ue(0).Ue(1000).Ue(2000).U(1, 0).U(1, 0);
+}
+
 BitString Sps(const SpsChoices &choices) {
     BitString sps;
     sps.U(4, 0).U(3, choices.max_sub_layers_minus1).U(1, 1).Append(ProfileTierLevel());
@@ -27,7 +37,8 @@ BitString Sps(const SpsChoices &choices) {
     sps.Ue(0).Ue(1).Ue(0).Ue(2).Ue(0).Ue(0);  // block sizes
     sps.U(1, 0).U(1, 0).U(1, 0).U(1, 0);      // no scaling lists, AMP, SAO, PCM
     sps.Append(choices.strps);
-    return sps.U(1, 0).U(1, 0).U(1, 0).U(1, 0).U(1, 0);
+    sps.U(1, 0).U(1, 0).U(1, 0);
+    return sps.U(1, choices.vui.size() > 0).Append(choices.vui).U(1, 0);
 }
 
 BitString Pps(unsigned int id, unsigned int sps_id, bool dependent_slice_segments) {

@@ -16,9 +16,15 @@ struct SpsChoices {
     unsigned int max_sub_layers_minus1 = 0;
     unsigned int log2_max_pic_order_cnt_lsb_minus4 = 4;
     test::BitString strps = test::BitString().Ue(0);  // from num_short_term_ref_pic_sets on
+    test::BitString vui = {};                         // none when empty
 };
 
 test::BitString ProfileTierLevel();  // Main profile, level 3.1, one sub-layer
+
+// A VUI with a NAL HRD whose delays in picture timing have so many bits, and with or without
+// frame_field_info_present_flag.
+test::BitString VuiWithHrd(unsigned int au_cpb_removal_delay_length, unsigned int dpb_output_delay_length,
+                           bool frame_field_info);
 
 test::BitString Sps(const SpsChoices &choices);  // blocks of 8x8 to 16x16
 test::BitString Pps(unsigned int id, unsigned int sps_id, bool dependent_slice_segments = false);

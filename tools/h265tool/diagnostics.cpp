@@ -28,7 +28,7 @@ Diagnostics::~Diagnostics() {
 void Diagnostics::Take(const DbgTraceMessage &message) {
     if (message.level > kError)
         std::fprintf(stderr, "%s %d %s: %s", message.channel, message.level, message.function, message.text);
-    else if (first_error_.empty() && std::string_view(message.channel) == "H265LIB")
+    else if (first_error_.empty() && std::string_view(message.channel).ends_with("LIB"))  // H265LIB, H264LIB
         first_error_ = message.text;
 }
 

@@ -1,68 +1,98 @@
 #include "inspect.h"
 
-#include <system_error>
+#include <algorithm>
+#include <utility>
+#include <vector>
 
-#include "annexb_scanner.h"
-#include "input.h"
+#include "file_walk.h"
 #include "json/json.h"
 #include "nal_unit.h"
 #include "output.h"
-#include "progress.h"
 #include "reading/unit_reader.h"
-#include "report.h"
 #include "summary.h"
 
 namespace h265tool {
 namespace {
 
-// Bytes that are no UTF-8 do not occur, but a line must not be lost to them.
-std::string JsonLine(const NalUnit &unit, const UnitContent &content) {
-    return ToJson(unit, content).dump(-1, ' ', false, Json::error_handler_t::replace);
-}
+// Prints the NAL units of a stream. Picture timing messages depend on the SPS that the slices behind them
+// refer to, and the SPS and PPS themselves may come in between: lines are held back from such a message to
+// the first slice of its access unit.
+class LinePrinter {
+ public:
+    explicit LinePrinter(bool json) : json_(json) {}
 
-// Walks through the stream and prints it. False: something in it could not be parsed.
-bool PrintNalUnits(const InspectOptions &options, Output *output) {
-    bool all_parsed = true;
-    UnitReader reader;
-    NalUnitCollector collector(UnitReader::HeadSize, [&](const NalUnit &unit) {
-        const UnitContent content = reader.Read(unit);
-        if (std::holds_alternative<Unparsable>(content))
-            all_parsed = false;
-        output->Line(options.json ? JsonLine(unit, content) : SummaryLine(unit, content));
-    });
-    AnnexBScanner scanner(collector);
-    Input input(options.file);
-    Progress progress(input.Size());
-    for (auto chunk = input.Read(); !chunk.empty(); chunk = input.Read()) {
-        scanner.Scan(chunk);
-        progress.Advance(chunk.size());
+    void Take(const NalUnit &unit) {
+        UnitContent content = reader_.Read(unit);
+        if (!held_.empty() && EndsWaiting(unit))
+            Release(std::get_if<Slice>(&content));
+        auto *const sei = std::get_if<Sei>(&content);
+        if (sei != nullptr && sei->HasUnreadTiming())
+            held_.push_back({{}, unit, std::move(*sei)});
+        else if (held_.empty())
+            output_.Line(Line(unit, content));
+        else
+            held_.push_back({Line(unit, content), {}, {}});
     }
-    scanner.Finish();
-    return all_parsed;
-}
+
+    void Finish() {
+        Release(nullptr);
+        output_.Flush();
+    }
+
+    bool AllParsed() const { return all_parsed_; }
+
+ private:
+    // A line, or a SEI NAL unit that becomes one.
+    struct Held {
+        std::string line;
+        NalUnit unit;
+        Sei sei;
+    };
+
+    // The access unit has its slice, or will not have one; or no stream has so much in front of a slice.
+    bool EndsWaiting(const NalUnit &unit) const {
+        constexpr size_t kMostHeld = 1000;
+        const std::optional<NalUnitHeader> header = unit.Header();
+        if (held_.size() >= kMostHeld || !header.has_value())
+            return held_.size() >= kMostHeld;
+        return (IsVcl(header->nal_unit_type) && header->nuh_layer_id == 0) ||
+               (header->nal_unit_type >= kAud && header->nal_unit_type <= kEob);
+    }
+
+    void Release(const Slice *slice) {
+        for (Held &held : std::exchange(held_, {})) {
+            if (held.line.empty()) {
+                reader_.ReadPicTimings(slice, &held.sei);
+                held.line = Line(held.unit, std::move(held.sei));
+            }
+            output_.Line(held.line);
+        }
+    }
+
+    std::string Line(const NalUnit &unit, const UnitContent &content) {
+        const auto *const sei = std::get_if<Sei>(&content);
+        if (std::holds_alternative<Unparsable>(content) || (sei != nullptr && sei->HasError()))
+            all_parsed_ = false;
+        if (!json_)
+            return SummaryLine(unit, content);
+        // bytes that are no UTF-8 do not occur, but a line must not be lost to them
+        return ToJson(unit, content).dump(-1, ' ', false, Json::error_handler_t::replace);
+    }
+
+    bool json_;
+    bool all_parsed_ = true;
+    UnitReader reader_;
+    Output output_;
+    std::vector<Held> held_;
+};
 
 }  // namespace
 
 ExitStatus Inspect(const InspectOptions &options) {
-    Output output;
-    ExitStatus status = kAllWell;
-    std::string reason;
-    try {
-        if (!PrintNalUnits(options, &output))
-            status = kStreamError;
-    } catch (const OutputError &) {
-        throw;
-    } catch (const std::system_error &error) {
-        reason = error.code().message();
-        status = kFailure;
-    } catch (const NotAByteStream &error) {
-        reason = error.what();
-        status = kStreamError;
-    }
-    output.Flush();  // what was found until then
-    if (!reason.empty())
-        Report(options.file == "-" ? "standard input" : options.file, reason);
-    return status;
+    LinePrinter printer(options.json);
+    const ExitStatus status = WalkFile(
+        options.file, [&](const NalUnit &unit) { printer.Take(unit); }, [&] { printer.Finish(); });
+    return std::max(status, printer.AllParsed() ? kAllWell : kStreamError);
 }
 
 }  // namespace h265tool

@@ -17,8 +17,12 @@ namespace h265tool {
 
 // nal_unit_type, Table 7-1: the values that the tool tells apart.
 enum NalUnitType : unsigned int {
+    kRadlN = 6,
+    kRadlR = 7,
+    kRaslN = 8,
     kRaslR = 9,  // the last of the slices of non-IRAP pictures
     kBlaWLp = 16,
+    kBlaNLp = 18,
     kIdrWRadl = 19,
     kIdrNLp = 20,
     kCra = 21,
@@ -28,6 +32,10 @@ enum NalUnitType : unsigned int {
     kSps = 33,
     kPps = 34,
     kAud = 35,
+    kEos = 36,
+    kEob = 37,
+    kPrefixSei = 39,
+    kSuffixSei = 40,
 };
 
 constexpr bool IsVcl(unsigned int nal_unit_type) {
@@ -45,6 +53,22 @@ constexpr bool IsIrap(unsigned int nal_unit_type) {
 
 constexpr bool IsIdr(unsigned int nal_unit_type) {
     return nal_unit_type == kIdrWRadl || nal_unit_type == kIdrNLp;
+}
+
+constexpr bool IsBla(unsigned int nal_unit_type) {
+    return nal_unit_type >= kBlaWLp && nal_unit_type <= kBlaNLp;
+}
+
+constexpr bool IsRadl(unsigned int nal_unit_type) {
+    return nal_unit_type == kRadlN || nal_unit_type == kRadlR;
+}
+
+constexpr bool IsRasl(unsigned int nal_unit_type) {
+    return nal_unit_type == kRaslN || nal_unit_type == kRaslR;
+}
+
+constexpr bool IsSei(unsigned int nal_unit_type) {
+    return nal_unit_type == kPrefixSei || nal_unit_type == kSuffixSei;
 }
 
 // "TRAIL_N" to "UNSPEC63".

@@ -60,6 +60,22 @@ ActiveSets ParameterSets::Activated(uint64_t slice_pic_parameter_set_id) const {
     return {sps.sps, pps, sps.for_slices};
 }
 
+const sps_h265_t *ParameterSets::FindSps(uint64_t id) const {
+    return id < sps_.size() && sps_[id].set != nullptr ? &sps_[id].set->sps : nullptr;
+}
+
+const sps_h265_t *ParameterSets::OnlySps() const {
+    const sps_h265_t *only = nullptr;
+    for (const Slot<Sps> &slot : sps_) {
+        if (slot.set == nullptr)
+            continue;
+        if (only != nullptr)
+            return nullptr;
+        only = &slot.set->sps;
+    }
+    return only;
+}
+
 sps_h265_t SpsForSlices(const sps_h265_t &sps) {
     constexpr uint64_t kMaxCtbLog2Size = 6;  // clause 7.4.3.2.1
     sps_h265_t copy = sps;

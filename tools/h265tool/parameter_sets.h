@@ -37,6 +37,10 @@ class ParameterSets {
     // The sets of a slice, from its slice_pic_parameter_set_id.
     ActiveSets Activated(uint64_t slice_pic_parameter_set_id) const;
 
+    // Without an error: null when there is none, or when there are several.
+    const sps_h265_t *FindSps(uint64_t id) const;
+    const sps_h265_t *OnlySps() const;
+
  private:
     struct Sps {
         sps_h265_t sps;

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "profile_names.h"
+#include "sei_summary.h"
 #include "text.h"
 
 namespace h265tool {
@@ -97,6 +98,7 @@ struct Summarizer {
         return Text("pic_type ", aud.pic_type);
     }
 
+    std::string operator()(const Sei &sei) const { return SeiSummary(sei); }
     std::string operator()(const Unparsable &unparsable) const { return Text("error: ", unparsable.reason); }
     std::string operator()(const NotParsed &not_parsed) const {
         return Text("not parsed: ", not_parsed.reason);

@@ -30,6 +30,10 @@ Json ToJson(const sps_h265_t &sps);
 Json ToJson(const pps_h265_t &pps);
 Json ToJson(const Slice &slice);
 Json ToJson(const aud_h265_t &aud);
+Json ToJson(const SeiMessage &message);
+Json ToJson(const sei_h265_time_code_t &time_code);
+Json ToJson(const SEI_cc_t &captions);
+Json ToJson(const SEI_afd_t &afd);
 
 // A NAL unit with its place in the stream.
 Json ToJson(const NalUnit &unit, const UnitContent &content);

@@ -13,6 +13,13 @@ struct ContentWriter {
     void operator()(const pps_h265_t *pps) const { json["pps"] = ToJson(*pps); }
     void operator()(const Slice &slice) const { json["slice"] = ToJson(slice); }
     void operator()(const aud_h265_t &aud) const { json["aud"] = ToJson(aud); }
+    void operator()(const Sei &sei) const {
+        json["sei"] = Json::array();
+        for (const SeiMessage &message : sei.messages)
+            json["sei"].push_back(ToJson(message));
+        if (!sei.error.empty())
+            json["error"] = sei.error;
+    }
     void operator()(const Unparsable &unparsable) const { json["error"] = unparsable.reason; }
     void operator()(const NotParsed &not_parsed) const { json["not_parsed"] = not_parsed.reason; }
 };

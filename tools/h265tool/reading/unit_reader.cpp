@@ -9,8 +9,11 @@
 namespace h265tool {
 namespace {
 
-// More than any NAL unit that is not a slice needs; longer ones are refused by the library anyway.
+// More than any NAL unit that is no slice and no SEI needs; longer ones are refused by the library anyway.
 constexpr size_t kNonVclHeadSize = size_t{64} << 10;
+
+// SEI NAL units carry whatever their makers put into user data; what is longer is cut off.
+constexpr size_t kSeiHeadSize = size_t{1} << 20;
 
 // In the id of a cleared record before a parse: what is still there afterwards was not read.
 constexpr UINT64 kIdNotRead = ~UINT64{0};
@@ -35,6 +38,8 @@ UnitReader::UnitReader()
       pps_(std::make_unique<pps_h265_t>()) {}
 
 size_t UnitReader::HeadSize(unsigned int nal_unit_type) {
+    if (IsSei(nal_unit_type))
+        return kSeiHeadSize;
     return IsVcl(nal_unit_type) ? kSliceHeadSize : kNonVclHeadSize;
 }
 
@@ -52,9 +57,11 @@ UnitContent UnitReader::Read(const NalUnit &unit) {
 
 UnitContent UnitReader::ReadWithHeader(const NalUnit &unit, const NalUnitHeader &header) {
     if (header.nuh_layer_id > 0 && DependsOnLayer(header.nal_unit_type))
-        return NotParsed{"layers above the base layer (multilayer extensions) are not read"};
+        return OtherLayer();
     if (IsSlice(header.nal_unit_type))
-        return ReadSlice(unit, sets_, &diagnostics_);
+        return ReadSlice(unit);
+    if (IsSei(header.nal_unit_type))
+        return ReadSei(unit, &diagnostics_);
     switch (header.nal_unit_type) {
         case kVps:
             return ReadVps(unit);
@@ -67,6 +74,23 @@ UnitContent UnitReader::ReadWithHeader(const NalUnit &unit, const NalUnitHeader 
         default:
             return std::monostate{};
     }
+}
+
+Slice UnitReader::ReadSlice(const NalUnit &unit) {
+    Slice slice = h265tool::ReadSlice(unit, sets_, &diagnostics_);
+    last_sps_id_ = slice.active.sps.seq_parameter_set_id;
+    return slice;
+}
+
+void UnitReader::ReadPicTimings(const Slice *slice, Sei *sei) {
+    const sps_h265_t *sps = nullptr;
+    if (slice != nullptr)
+        sps = &slice->active.sps;
+    else if (last_sps_id_.has_value())
+        sps = sets_.FindSps(*last_sps_id_);
+    else
+        sps = sets_.OnlySps();
+    h265tool::ReadPicTimings(sps, &diagnostics_, sei);
 }
 
 const vps_h265_t *UnitReader::ReadVps(const NalUnit &unit) {

@@ -26,7 +26,8 @@ bool HasInbldFlag(unsigned char profile_idc, const int *compatibility_flag) {
 
 void _display_profile_tier_level(const profile_tier_level_t *ptl, unsigned char maxNumSubLayersMinus1) {
     // The nine flags and the reserved bits of profiles 4 to 7, alike for the general part and the sub-layers.
-    const auto show_constraint_flags = [site = TRACE_SITE](const ptl_general_profile_idc_4_10 &block) {
+    const TraceSite site = TRACE_SITE;
+    const auto show_constraint_flags = [&site](const ptl_general_profile_idc_4_10 &block) {
         const auto flag = [&site](const char *element, int value) {
             ShowSigned(site, kLevel, element, value);
         };

@@ -18,7 +18,7 @@ int32_t Difference(int32_t a, UINT64 b) {
 const DerivedRefPicSet *ReferenceSet(const DerivedRefPicSets &sets, unsigned long StRpsIndex,
                                      UINT64 delta_idx_minus1) {
     const int32_t RefRpsIdx = Difference(static_cast<int32_t>(StRpsIndex), delta_idx_minus1 + 1);
-    if (RefRpsIdx < 0 || static_cast<unsigned long>(RefRpsIdx) >= sets.count)
+    if (RefRpsIdx < 0 || static_cast<unsigned long>(RefRpsIdx) >= std::min(sets.count, StRpsIndex))
         return nullptr;
     return &sets.sets[RefRpsIdx];
 }

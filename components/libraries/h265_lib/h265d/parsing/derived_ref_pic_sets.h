@@ -24,7 +24,7 @@ inline int NumDeltaPocs(const DerivedRefPicSet &set) {
     return set.NumNegativePics + set.NumPositivePics;
 }
 
-// The set that a predicted one refers to; null when it lies outside the sets so far.
+// The set that a predicted one refers to; null when it is none of the sets so far that stand in front of it.
 const DerivedRefPicSet *ReferenceSet(const DerivedRefPicSets &sets, unsigned long StRpsIndex,
                                      UINT64 delta_idx_minus1);
 
