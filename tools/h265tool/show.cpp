@@ -237,7 +237,7 @@ class Displayer {
     std::unique_ptr<sps_h265_t> sps_ = std::make_unique<sps_h265_t>();
     std::unique_ptr<pps_h265_t> pps_ = std::make_unique<pps_h265_t>();
     ParameterSets sets_;
-    std::set<std::vector<unsigned char>> shown_;
+    std::set<std::string> shown_;  // the bytes of NAL units
     std::vector<Waiting> waiting_;
     Output output_;
 };
