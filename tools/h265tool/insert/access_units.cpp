@@ -123,9 +123,11 @@ void AccessUnitSplitter::ParsePicTiming() {
                                   record->au_cpb_removal_delay_minus1, record->pic_dpb_output_delay};
 }
 
-// Streams repeat their parameter sets: one copy of each that differs from the one before.
+// Streams repeat their parameter sets: one copy of each that differs from the one before. Padding that
+// differs would only cost a copy more.
 std::shared_ptr<const sps_h265_t> AccessUnitSplitter::Shared(const sps_h265_t &sps) {
     const bool is_last = last_sps_ != nullptr && last_sps_->seq_parameter_set_id == sps.seq_parameter_set_id;
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
     if (!is_last || (sps_came_ && std::memcmp(last_sps_.get(), &sps, sizeof sps) != 0))
         last_sps_ = std::make_shared<const sps_h265_t>(sps);
     sps_came_ = false;
