@@ -38,6 +38,9 @@ function(h265_add_library name)
     add_library(h265::${name}${suffix} ALIAS ${name}${suffix})
   endforeach()
 
-  install(TARGETS ${name} ${name}_static EXPORT h265-targets
-          LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+  install(
+    TARGETS ${name} ${name}_static
+    EXPORT h265-targets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
 endfunction()

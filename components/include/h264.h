@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * h264.h - the functions of the H.264 sibling library that the H.265 library calls.
  *
  * A SEI NAL unit is passed with its Annex B start code of 3 or 4 bytes. Its header tells the standard: the
@@ -18,19 +19,40 @@
 
 XTYPES_API_BEGIN
 
-/*
+/** @addtogroup h264 */ /** @{ */
+
+/**
  * Finds the first closed caption message (registered user data with the identifier "GA94" and user data type
- * code 3, ATSC A/53) and parses it. Returns TRUE with the record written as a whole; or FALSE with the
- * record as it was, and the reason at level 3: no SEI NAL unit, no such message, or one that is malformed.
+ * code 3, ATSC A/53) and parses it.
+ *
  * A null pointer is reported as a failed assertion.
+ *
+ * @param buffer      the SEI NAL unit
+ * @param buffer_len  its length in bytes
+ * @param sei_cc      receives the captions
+ * @return TRUE with the record written as a whole; or FALSE with the record as it was, and the reason at
+ *         level 3: no SEI NAL unit, no such message, or one that is malformed
  */
 BOOL parse_sei_cc_nal(unsigned char *buffer, int buffer_len, SEI_cc_t *sei_cc);
 
-/* The same for the first active format description (identifier "DTG1"). */
+/**
+ * The same for the first active format description (identifier "DTG1").
+ *
+ * @param buffer      the SEI NAL unit
+ * @param buffer_len  its length in bytes
+ * @param sei_afd     receives the active format description
+ * @return as parse_sei_cc_nal has it
+ */
 BOOL parse_sei_afd_nal(unsigned char *buffer, int buffer_len, SEI_afd_t *sei_afd);
 
-/* Releases a buffer that a rewriting function returned (it came from calloc). NULL is allowed. */
+/**
+ * Releases a buffer that a rewriting function returned (it came from calloc).
+ *
+ * @param pvBuffer  the buffer, or NULL
+ */
 void H26XLib_Release_sps_buffer(void *pvBuffer);
+
+/** @} */
 
 XTYPES_API_END
 

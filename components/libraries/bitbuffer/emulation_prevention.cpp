@@ -1,44 +1,75 @@
 // Insertion of emulation prevention bytes, ITU-T H.265 clause 7.4.2.
 
-#include <algorithm>
+#include <bit>
 
-#include "bits.h"
-#include "clean_prefix.h"
+#include "byte_blocks.h"
+#include "missing.h"
 
 namespace {
 
+using namespace byte_blocks;
+
 constexpr unsigned char kEmulationPreventionByte = 0x03;
+
+constexpr auto kIsEmulating = [](Vector third) { return third <= 3; };
+
+// The positions in a block at which two zero bytes begin that need the byte behind them. It ends their row:
+// the position that follows such a one is none.
+uint64_t FindPatterns(const unsigned char *block) {
+    uint64_t triplets = FindTriplets(block, kIsEmulating);
+    uint64_t patterns = 0;
+    for (; triplets != 0; triplets &= triplets - 1) {
+        const uint64_t first = triplets & -triplets;
+        patterns |= first;
+        triplets &= ~(first << 1);
+    }
+    return patterns;
+}
 
 // Writes the encapsulated form of the source; a null destination: only measures it. Returns its length.
 size_t Encapsulate(const unsigned char *source, size_t length, unsigned char *destination) {
-    size_t in = 0;
-    size_t out = 0;
-    unsigned int zeros = 0;  // zero bytes written last
-    const auto write = [&](unsigned char byte) {
-        if (destination != nullptr)
-            destination[out] = byte;
-        out++;
+    const unsigned char *in = source;
+    const unsigned char *const end = source + length;
+    size_t inserted = 0;
+    const auto out = [&] {
+        return destination != nullptr ? destination + (in - source) + inserted : nullptr;
     };
-    while (in < length) {
-        // A stretch that continues zeros written before it has to be looked at byte by byte. One that was
-        // copied leaves no zeros to continue: behind a zero at its end stands another byte.
-        if (zeros == 0) {
-            const size_t clean = emulation_prevention::CopyCleanPrefix(
-                source + in, length - in, destination != nullptr ? destination + out : nullptr);
-            in += clean;
-            out += clean;
+    while (end - in > static_cast<ptrdiff_t>(kBlock)) {
+        if (CopyCleanBlock(in, out())) {
+            in += kBlock;
+            continue;
         }
-        const size_t stop = std::min(length, in + emulation_prevention::kBytesAfterStretch);
-        for (; in < stop; in++) {
-            if (zeros == 2 && source[in] <= 3) {
-                write(kEmulationPreventionByte);
-                zeros = 0;
-            }
-            write(source[in]);
-            zeros = source[in] == 0 ? zeros + 1 : 0;
+        // What is written too much, the bytes behind it overwrite.
+        if (end - in < static_cast<ptrdiff_t>(2 * kBlock))
+            break;
+        const uint64_t patterns = FindPatterns(in);
+        if (destination != nullptr) {
+            unsigned char *place = out();
+            CopyBlockInPieces(patterns, &in, &place, [](const unsigned char **, unsigned char **byte) {
+                *(*byte)++ = kEmulationPreventionByte;
+            });
+        } else {
+            in += kBlock + (patterns >> 63);  // the last one's bytes end behind the block
         }
+        inserted += static_cast<size_t>(std::popcount(patterns));
     }
-    return out;
+    for (; end - in >= static_cast<ptrdiff_t>(kTriplets) && !HasTriplet(in, kIsEmulating); in += kVector) {
+        if (destination != nullptr)
+            Store(out(), Load(in));
+    }
+    unsigned int zeros = 0;
+    for (; in < end; in++) {
+        if (zeros == 2 && *in <= 3) {
+            if (destination != nullptr)
+                *out() = kEmulationPreventionByte;
+            inserted++;
+            zeros = 0;
+        }
+        if (destination != nullptr)
+            *out() = *in;
+        zeros = *in == 0 ? zeros + 1 : 0;
+    }
+    return length + inserted;
 }
 
 }  // namespace

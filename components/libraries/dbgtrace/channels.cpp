@@ -121,12 +121,12 @@ void _DoDbgUninitEx(HDBG *phDbg, const char *function, const char *file, int lin
 
 void _DoDbgPrintEx(HDBG hDbg, int level, const char *function, const char *file, int line, const char *format,
                    ...) {
-    if (hDbg == nullptr)
+    const dbgtrace::Channel *const channel = dbgtrace::ChannelOf(hDbg);
+    if (channel == nullptr)
         return;
     std::va_list arguments;
     va_start(arguments, format);
-    dbgtrace::Emit({dbgtrace::channels[hDbg->dwReserved].name, level, function, file, line}, format,
-                   arguments);
+    dbgtrace::Emit({channel->name, level, function, file, line}, format, arguments);
     va_end(arguments);
 }
 

@@ -10,6 +10,7 @@ using h264::RegisteredUserData;
 using h264::SeiReader;
 
 constexpr unsigned char kCcData = 0x03;  // user_data_type_code
+constexpr int MAX_CC_COUNT = 31;         // 5 bits
 
 // Goes to the first caption message; the reader then stands behind user_data_type_code.
 bool FindCaptions(SeiReader *reader, RegisteredUserData *user_data) {
@@ -33,14 +34,15 @@ const char *ReadCcData(SeiReader *reader, SEI_cc_t *captions) {
     captions->cc_data.cc_count = flags_and_count & 0x1F;
     if (!h264::NextByte(reader, &em_data))
         return "em_data";
-    for (int i = 0; i < captions->cc_data.cc_count; i++) {
-        caption_t &caption = captions->cc_bytes[i];
-        unsigned char marker_valid_and_type = 0;
-        if (!h264::NextByte(reader, &marker_valid_and_type) || !h264::NextByte(reader, &caption.data1) ||
-            !h264::NextByte(reader, &caption.data2))
-            return "cc_data_pkt";
-        caption.flag = marker_valid_and_type >> 2 & 1;
-        caption.type = marker_valid_and_type & 3;
+    unsigned char packets[3 * MAX_CC_COUNT];
+    if (!h264::NextBytes(reader, packets, 3U * captions->cc_data.cc_count))
+        return "cc_data_pkt";
+    const unsigned char *packet = packets;
+    for (int i = 0; i < captions->cc_data.cc_count; i++, packet += 3) {
+        captions->cc_bytes[i].flag = packet[0] >> 2 & 1;
+        captions->cc_bytes[i].type = packet[0] & 3;
+        captions->cc_bytes[i].data1 = packet[1];
+        captions->cc_bytes[i].data2 = packet[2];
     }
     if (!h264::NextByte(reader, &captions->cc_data.marker_bits))
         return "marker_bits";

@@ -1,6 +1,7 @@
 #include "sei_reader.h"
 
 #include <climits>
+#include <cstring>
 
 namespace h264 {
 namespace {
@@ -24,20 +25,6 @@ int SeiHeaderLength(unsigned char first_byte) {
         return 1;
     const int h265_type = first_byte >> 1;  // with forbidden_zero_bit, which has to be 0
     return h265_type == kH265PrefixSei || h265_type == kH265SuffixSei ? 2 : 0;
-}
-
-// The next byte of the data without emulation prevention bytes.
-bool RawByte(SeiReader *reader, unsigned char *byte) {
-    if (reader->zeros >= 2 && reader->next < reader->end && *reader->next == 3) {
-        reader->next++;
-        reader->zeros = 0;
-    }
-    if (reader->next == reader->end)
-        return false;
-    *byte = *reader->next++;
-    reader->zeros = *byte == 0 ? reader->zeros + 1 : 0;
-    reader->index++;
-    return true;
 }
 
 // payloadType and payloadSize, clause 7.3.5: 0xFF bytes and a last one, added up.
@@ -69,6 +56,29 @@ bool OpenSei(SeiReader *reader, const unsigned char *nal, int length) {
     return true;
 }
 
+bool NextBytes(SeiReader *reader, unsigned char *bytes, unsigned int count) {
+    SeiReader local = *reader;
+    const bool plain = count <= local.payload_left && count <= static_cast<size_t>(local.end - local.next) &&
+                       std::memchr(local.next, 3, count) == nullptr;
+    if (plain) {  // without an emulation prevention byte
+        std::memcpy(bytes, local.next, count);
+        local.next += count;
+        local.index += count;
+        local.payload_left -= count;
+        unsigned int in_front = count;  // of the zeros at the end
+        while (in_front > 0 && bytes[in_front - 1] == 0)
+            in_front--;
+        local.zeros = static_cast<int>(count - in_front) + (in_front == 0 ? local.zeros : 0);
+    } else {
+        for (unsigned int i = 0; i < count; i++) {
+            if (!NextByte(&local, bytes + i))
+                return false;
+        }
+    }
+    *reader = local;
+    return true;
+}
+
 bool SkipPayload(SeiReader *reader) {
     unsigned char byte = 0;
     while (reader->payload_left > 0) {
@@ -85,13 +95,6 @@ bool NextMessage(SeiReader *reader, SEI_message_t *header, unsigned int *payload
         return false;
     reader->payload_left = payload_size;
     *header = {static_cast<unsigned char>(*payload_type), payload_size, reader->index};
-    return true;
-}
-
-bool NextByte(SeiReader *reader, unsigned char *byte) {
-    if (reader->payload_left == 0 || !RawByte(reader, byte))
-        return false;
-    reader->payload_left--;
     return true;
 }
 

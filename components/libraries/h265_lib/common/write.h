@@ -1,5 +1,6 @@
 // Writers of syntax elements, the counterpart of read.h:
 //
+//     BitWriter bb(sps_nalu_bb);
 //     SET_FLAG(bb, hrd, nal_hrd_parameters_present_flag);
 //     SET_U(bb, 4, hrd, bit_rate_scale);
 //     SET_UE(bb, hrd, cpb_cnt_minus1, i);
@@ -13,7 +14,7 @@
 #ifndef H265_COMMON_WRITE_H
 #define H265_COMMON_WRITE_H
 
-#include "bitbuffer.h"
+#include "bit_writer.h"
 #include "common/entry.h"
 #include "common/trace.h"
 
@@ -41,7 +42,8 @@
 #define SET_I_VALUE(bb, n, record, element, i) \
     SET_VALUE_(SetI(bb, n, (record)->element[i]), record, element, i)
 
-// Calls the writer of a nested syntax structure; the rest is the text of the report when it fails.
+// Calls the writer of a nested syntax structure, to which bb is lent; the rest is the text of the report when
+// it fails.
 #define SET_STRUCTURE(call, ...) SET_AS_(call, __VA_ARGS__)
 
 // ---- how the macros are made -----------------------------------------------------------------------------
@@ -73,20 +75,38 @@ inline void ReportUnwritable(const TraceSite &site, const char *element, int i) 
     TraceAt(site, kError, "Failed to set %s[%d].\n", element, i);
 }
 
+using bitbuffer::BitWriter;
+
+inline int SetFlag(BitWriter &bb, int flag) {
+    return bb.PutBits(1, 1, flag != 0);
+}
+
+inline int SetU(BitWriter &bb, unsigned int n, UINT64 value) {
+    return bb.PutBits(n, 32, static_cast<uint32_t>(value));
+}
+
+inline int SetI(BitWriter &bb, unsigned int n, INT64 value) {
+    return bb.PutBits(n, 32, static_cast<uint32_t>(value));
+}
+
+inline int SetUe(BitWriter &bb, UINT64 value) {
+    return bb.PutGolomb(static_cast<uint32_t>(value));
+}
+
+// At a cursor that no writer has taken over.
 inline int SetFlag(bitbuffer_t *bb, int flag) {
-    return __DoSetNextBit(bb, flag, __func__, __FILE_NAME__, __LINE__);
+    BitWriter writer(bb);
+    return SetFlag(writer, flag);
 }
 
 inline int SetU(bitbuffer_t *bb, unsigned int n, UINT64 value) {
-    return SetNextNBitsFromUint32(bb, n, static_cast<uint32_t>(value));
-}
-
-inline int SetI(bitbuffer_t *bb, unsigned int n, INT64 value) {
-    return SetNextNBitsFromInt32(bb, n, static_cast<int32_t>(value));
+    BitWriter writer(bb);
+    return SetU(writer, n, value);
 }
 
 inline int SetUe(bitbuffer_t *bb, UINT64 value) {
-    return SetUint32Golomb(bb, static_cast<uint32_t>(value));
+    BitWriter writer(bb);
+    return SetUe(writer, value);
 }
 
 inline bool IsByteAligned(const bitbuffer_t &bb) {

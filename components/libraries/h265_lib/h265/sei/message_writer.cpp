@@ -7,12 +7,14 @@ namespace {
 constexpr int kMessageHeaderSize = 2;  // payload type and size, a byte each
 
 // Writes a 1, then zeros up to the byte boundary.
-int SetStopBitAndZeros(const TraceSite &site, bitbuffer_t *bb, const char *no_one, const char *no_zero) {
+int SetStopBitAndZeros(const TraceSite &site, bitbuffer_t *message_bb, const char *no_one,
+                       const char *no_zero) {
+    BitWriter bb(message_bb);
     if (SetFlag(bb, 1) == -1) {
         TraceAt(site, kError, no_one);
         return -1;
     }
-    while (!IsByteAligned(*bb)) {
+    while (bb.offset() % 8 != 0) {
         if (SetFlag(bb, 0) == -1) {
             TraceAt(site, kError, no_zero);
             return -1;
@@ -24,12 +26,12 @@ int SetStopBitAndZeros(const TraceSite &site, bitbuffer_t *bb, const char *no_on
 }  // namespace
 
 int BeginSeiMessage(const TraceSite &site, bitbuffer_t *bb, int payload_type, unsigned int *size_position) {
-    if (SetNextNBitsFromUint8(bb, 8, static_cast<uint8_t>(payload_type)) == -1) {
+    if (SetU(bb, 8, static_cast<uint8_t>(payload_type)) == -1) {
         TraceAt(site, kError, "Failed to set payload type:%d.\n", payload_type);
         return -1;
     }
     *size_position = bb->bit_offset;
-    if (SetNextNBitsFromUint8(bb, 8, 0) == -1) {
+    if (SetU(bb, 8, 0) == -1) {
         TraceAt(site, kError, "Failed to set last payload size byte.\n");
         return -1;
     }
@@ -44,7 +46,7 @@ int EndSeiMessage(const TraceSite &site, bitbuffer_t *bb, unsigned int size_posi
     const unsigned int end = bb->bit_offset;
     const int last_payload_size_byte = BytesWritten(*bb) - kMessageHeaderSize;
     bb->bit_offset = size_position;
-    if (SetNextNBitsFromUint8(bb, 8, static_cast<uint8_t>(last_payload_size_byte)) == -1) {
+    if (SetU(bb, 8, static_cast<uint8_t>(last_payload_size_byte)) == -1) {
         TraceAt(site, kError, "Failed to set last_payload_size_byte:%d.\n", last_payload_size_byte);
         return -1;
     }

@@ -19,17 +19,17 @@ constexpr unsigned int MAX_LENGTH = 32;  // bits of a delay
 
 int _set_pictiming_elements(bitbuffer_t *pictiming_bb, int PicTimingSodbLength, const vui_h265_t *pVui,
                             const sei_h265_pic_timing_t *pPt) {
-    bitbuffer_t *const bb = pictiming_bb;
     ASSERT_ARGUMENT(pictiming_bb != NULL);
     ASSERT_ARGUMENT(PicTimingSodbLength > 0);
     ASSERT_ARGUMENT(pVui != NULL);
     ASSERT_ARGUMENT(pPt != NULL);
-    if (bb == nullptr || pVui == nullptr || pPt == nullptr)
+    if (pictiming_bb == nullptr || pVui == nullptr || pPt == nullptr)
         return -1;
 
     unsigned int size_position = 0;
-    if (BeginSeiMessage(TRACE_SITE, bb, PIC_TIMING, &size_position) == -1)
+    if (BeginSeiMessage(TRACE_SITE, pictiming_bb, PIC_TIMING, &size_position) == -1)
         return -1;
+    BitWriter bb(pictiming_bb);
     // these three whatever frame_field_info_present_flag says
     SET_U_AS(bb, 4, pPt->pic_struct, "Failed to set pic_struct:%d.\n", pPt->pic_struct);
     SET_U_AS(bb, 2, pPt->source_scan_type, "Failed to set source_scan_type:%d.\n", pPt->source_scan_type);
@@ -57,11 +57,11 @@ int _set_pictiming_elements(bitbuffer_t *pictiming_bb, int PicTimingSodbLength, 
     if (hrd.sub_pic_hrd_params_present_flag && hrd.sub_pic_cpb_params_in_pic_timing_sei_flag)
         REPORT_ASSERTION("0");
 
-    if (EndSeiMessage(TRACE_SITE, bb, size_position) == -1)
+    if (EndSeiMessage(TRACE_SITE, bb.Lend(), size_position) == -1)
         return -1;
-    DisplayBitBuffer(bb, "FINAL PICTIMING SEI");
-    const int bytes = BytesWritten(*bb);
-    TRACE(kFunction, "Final sei pictiming num_bits:%d, Bytes:%d.\n", bb->bit_offset, bytes);
+    DisplayBitBuffer(pictiming_bb, "FINAL PICTIMING SEI");
+    const int bytes = BytesWritten(*pictiming_bb);
+    TRACE(kFunction, "Final sei pictiming num_bits:%d, Bytes:%d.\n", bb.offset(), bytes);
     return bytes;
 }
 

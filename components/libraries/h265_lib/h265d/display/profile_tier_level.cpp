@@ -47,7 +47,7 @@ void _display_profile_tier_level(const profile_tier_level_t *ptl, unsigned char 
     ASSERT_ARGUMENT(ptl != NULL);
     if (ptl == nullptr || !TraceLetsThrough(kLevel))
         return;
-    SHOW_U(ptl, general_profile_space);
+    SHOW_U(ptl, general_profile_space);  // GCOVR_EXCL_BR_LINE: just found to be let through
     SHOW_FLAG(ptl, general_tier_flag);
     SHOW_U(ptl, general_profile_idc);
     for (int j = 0; j < H265_PTL_COMPATIBILITY_FLAGS; j++)

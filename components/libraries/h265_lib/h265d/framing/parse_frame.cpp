@@ -18,9 +18,13 @@ bool IsLongEnough(const ParseInput &input, const ParseFrameTexts &texts) {
     return false;
 }
 
-// The steps behind the length test.
+// Longer SODBs have more bits than a cursor counts.
+constexpr int64_t kLongestSodb = UINT_MAX / 8;
+
+// The steps behind the length test. Of the NAL unit, `prefix` bytes are de-encapsulated.
 const unsigned char *FillScratch(const ParseInput &input, const ParseFrameTexts &texts,
-                                 unsigned char *scratch, unsigned int capacity, bitbuffer_t *bb) {
+                                 unsigned char *scratch, unsigned int capacity, bitbuffer_t *bb,
+                                 int64_t prefix) {
     int offset = 0;
     const int searched = static_cast<int>(std::min<int64_t>(input.length, INT_MAX));
     if (!_GetNALTypeOffset(input.nal, searched, &offset)) {
@@ -28,7 +32,7 @@ const unsigned char *FillScratch(const ParseInput &input, const ParseFrameTexts 
         return nullptr;
     }
     const unsigned char *header = input.nal + offset;
-    const int64_t length = std::min<int64_t>(input.length - offset, UINT_MAX);
+    const int64_t length = std::min<int64_t>({input.length - offset, prefix, UINT_MAX});
     const int sodb_length =
         H265Lib_SODB_deencapsulation_from_NAL(header, static_cast<unsigned int>(length), scratch, capacity);
     if (sodb_length < 1) {
@@ -51,21 +55,25 @@ const unsigned char *OpenSodb(const ParseInput &input, const ParseFrameTexts &te
                               unsigned int capacity, bitbuffer_t *bb) {
     if (!IsLongEnough(input, texts))
         return nullptr;
-    return FillScratch(input, texts, scratch, capacity, bb);
+    return FillScratch(input, texts, scratch, capacity, bb, INT64_MAX);
 }
 
 const unsigned char *OpenSodbOnHeap(const ParseInput &input, const ParseFrameTexts &texts,
-                                    const char *no_memory, unsigned char **scratch, bitbuffer_t *bb) {
+                                    const char *no_memory, unsigned char **scratch, bitbuffer_t *bb,
+                                    int64_t prefix) {
     if (!IsLongEnough(input, texts))
         return nullptr;
+    // Not cleared, which would take as long as the NAL unit is: nothing behind what is filled is read.
     const size_t capacity = static_cast<size_t>(std::max<int64_t>(input.length, 0)) + kHeapReserve;
-    *scratch = static_cast<unsigned char *>(std::calloc(1, capacity));
+    *scratch = static_cast<unsigned char *>(std::malloc(capacity));
     if (*scratch == nullptr) {
         TraceAt(input.site, kError, no_memory, static_cast<int>(capacity));
         return nullptr;
     }
+    if (TraceLetsThrough(kFunction) || input.length > kLongestSodb)
+        prefix = INT64_MAX;
     const unsigned char *header =
-        FillScratch(input, texts, *scratch, static_cast<unsigned int>(capacity), bb);
+        FillScratch(input, texts, *scratch, static_cast<unsigned int>(capacity), bb, prefix);
     if (header == nullptr) {
         std::free(*scratch);
         return nullptr;

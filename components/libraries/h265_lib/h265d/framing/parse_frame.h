@@ -33,9 +33,17 @@ struct ParseInput {
 const unsigned char *OpenSodb(const ParseInput &input, const ParseFrameTexts &texts, unsigned char *scratch,
                               unsigned int capacity, bitbuffer_t *bb);
 
+// For readers that stop early: how many bytes of a NAL unit, its header included, to de-encapsulate for one
+// that reads at most so many bytes behind the header. At most every third byte is left out.
+constexpr int64_t PrefixOfNal(int64_t bytes_read) {
+    return 2 + bytes_read + bytes_read / 2 + 2;
+}
+
 // The same with a scratch from the heap that every length fits, to be released with std::free after success.
-// `no_memory` is the text for a failed allocation (%d: its size).
+// `no_memory` is the text for a failed allocation (%d: its size). The reader sees no more of the NAL unit
+// than `prefix` bytes need hold; the whole length is only looked at where a trace tells it.
 const unsigned char *OpenSodbOnHeap(const ParseInput &input, const ParseFrameTexts &texts,
-                                    const char *no_memory, unsigned char **scratch, bitbuffer_t *bb);
+                                    const char *no_memory, unsigned char **scratch, bitbuffer_t *bb,
+                                    int64_t prefix = INT64_MAX);
 
 #endif

@@ -1,40 +1,89 @@
 // Removal of emulation prevention bytes, ITU-T H.265 clause 7.3.1.1.
 
-#include <algorithm>
 #include <climits>
-#include <cstring>
 
-#include "clean_prefix.h"
+#include "byte_blocks.h"
 #include "common/trace.h"
+#include "words.h"
 
 namespace {
 
+using namespace byte_blocks;
+
 constexpr unsigned int kNalHeaderSize = 2;
+
+constexpr auto kIsThree = [](Vector third) { return third == 3; };
+
+// Copies 8 to 15 bytes if no two zero bytes are among them. Returns whether it did.
+bool CopyShort(const unsigned char *source, size_t length, unsigned char *destination) {
+    using namespace bitbuffer;
+    const uint64_t first = LoadWord(source);
+    const uint64_t last = LoadWord(source + length - 8);
+    // A byte or-ed with its successor; the last one has none.
+    const auto pairs = [](uint64_t word) { return word | word << 8 | 0xFF; };
+    if (HasZeroByte(pairs(first)) || HasZeroByte(pairs(last)))
+        return false;
+    StoreWord(destination, first);
+    StoreWord(destination + length - 8, last);
+    return true;
+}
+
+// Copies byte by byte, up to `stop` or a byte or two behind it, but not behind `end`: no pattern begins in
+// the two bytes in front of that.
+void CopyBytesWithout(const unsigned char *stop, const unsigned char *end, const unsigned char **source,
+                      unsigned char **destination) {
+    const unsigned char *in = *source;
+    unsigned char *out = *destination;
+    while (in < stop) {
+        const bool pattern = end - in > 2 && in[0] == 0 && in[1] == 0 && in[2] == 3;
+        *out++ = *in++;
+        if (pattern) {
+            *out++ = 0;
+            in += 2;
+        }
+    }
+    *source = in;
+    *destination = out;
+}
 
 // Copies the source without the third byte of every 00 00 03. Returns the number of bytes written.
 size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, unsigned char *destination) {
-    using emulation_prevention::CopyCleanPrefix;
-    using emulation_prevention::kBytesAfterStretch;
-
-    size_t in = 0;
-    size_t out = 0;
-    while (length - in > 2) {
-        const size_t clean = CopyCleanPrefix(source + in, length - in, destination + out);
-        in += clean;
-        out += clean;
-        // No pattern starts in the last two bytes, of which the stretch may have taken the first.
-        const size_t stop = std::min(length - 2, in + kBytesAfterStretch);
-        while (in < stop) {
-            const bool pattern = source[in] == 0 && source[in + 1] == 0 && source[in + 2] == 3;
-            destination[out++] = source[in++];
-            if (pattern) {
-                destination[out++] = 0;
-                in += 2;
-            }
+    const unsigned char *in = source;
+    const unsigned char *const end = source + length;
+    unsigned char *out = destination;
+    while (end - in > static_cast<ptrdiff_t>(kBlock)) {
+        if (CopyCleanBlock(in, out)) {
+            in += kBlock;
+            out += kBlock;
+            continue;
+        }
+        // What is written too much, the bytes behind it overwrite: there are enough of them in another block.
+        if (end - in < static_cast<ptrdiff_t>(2 * kBlock))
+            break;
+        CopyBlockInPieces(FindTriplets(in, kIsThree), &in, &out,
+                          [](const unsigned char **third, unsigned char **) { ++*third; });
+    }
+    while (end - in >= static_cast<ptrdiff_t>(kTriplets)) {
+        if (HasTriplet(in, kIsThree)) {
+            CopyBytesWithout(in + kVector, end, &in, &out);
+        } else {
+            Store(out, Load(in));
+            in += kVector;
+            out += kVector;
         }
     }
-    std::memcpy(destination + out, source + in, length - in);
-    return out + (length - in);
+    // The rest, together with bytes in front of it that went over as they were: none of a vector's bytes is
+    // left out when no pattern begins two bytes in front of it or later.
+    if (length >= kTriplets && !HasTriplet(end - kTriplets, kIsThree)) {
+        if (end - in > static_cast<ptrdiff_t>(kVector))
+            *out++ = *in++;
+        Store(out + (end - in) - kVector, Load(end - kVector));
+        return static_cast<size_t>(out - destination) + static_cast<size_t>(end - in);
+    }
+    if (length >= 8 && length < 16 && CopyShort(source, length, destination))
+        return length;
+    CopyBytesWithout(end, end, &in, &out);
+    return static_cast<size_t>(out - destination);
 }
 
 }  // namespace

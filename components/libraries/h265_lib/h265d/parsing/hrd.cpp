@@ -4,15 +4,15 @@
 
 int _parse_hrd(bitbuffer_t *sps_nalu_bb, int commonInfPresentFlag, int MaxNumSubLayersMinus1,
                int *pCpbDpbDelaysPresentFlag, hrd_h265_t *pHrd) {
-    bitbuffer_t *const bb = sps_nalu_bb;
     ASSERT_ARGUMENT(sps_nalu_bb != NULL);
     ASSERT_ARGUMENT(pCpbDpbDelaysPresentFlag != NULL);
     ASSERT_ARGUMENT(pHrd != NULL);
-    if (bb == nullptr || pCpbDpbDelaysPresentFlag == nullptr || pHrd == nullptr ||
+    if (sps_nalu_bb == nullptr || pCpbDpbDelaysPresentFlag == nullptr || pHrd == nullptr ||
         MaxNumSubLayersMinus1 >= H265_HRD_SUB_LAYERS)
         return -1;
     TRACE(kFunction, "Called. MaxNumSubLayersMinus1=%d\n", MaxNumSubLayersMinus1);
 
+    BitReader bb(sps_nalu_bb);
     *pCpbDpbDelaysPresentFlag = 0;
     if (commonInfPresentFlag) {
         READ_FLAG(bb, pHrd, nal_hrd_parameters_present_flag);
@@ -52,11 +52,11 @@ int _parse_hrd(bitbuffer_t *sps_nalu_bb, int commonInfPresentFlag, int MaxNumSub
             READ_UE_MAX(bb, H265_HRD_CPB_COUNT - 1, pHrd, cpb_cnt_minus1, i);
         const int cpb_cnt_minus1 = static_cast<int>(pHrd->cpb_cnt_minus1[i]);
         if (pHrd->nal_hrd_parameters_present_flag)
-            READ_STRUCTURE(_parse_sub_layer_hrd_parameters(bb, pHrd->sub_pic_hrd_params_present_flag,
+            READ_STRUCTURE(_parse_sub_layer_hrd_parameters(bb.Lend(), pHrd->sub_pic_hrd_params_present_flag,
                                                            cpb_cnt_minus1, &pHrd->s_l_nal_hrd_parameters[i]),
                            "cannot parse sub_layer_hrd_parameters.\n");
         if (pHrd->vcl_hrd_parameters_present_flag)
-            READ_STRUCTURE(_parse_sub_layer_hrd_parameters(bb, pHrd->sub_pic_hrd_params_present_flag,
+            READ_STRUCTURE(_parse_sub_layer_hrd_parameters(bb.Lend(), pHrd->sub_pic_hrd_params_present_flag,
                                                            cpb_cnt_minus1, &pHrd->s_l_vcl_hrd_parameters[i]),
                            "cannot parse sub_layer_hrd_parameters.\n");
     }
@@ -66,13 +66,13 @@ int _parse_hrd(bitbuffer_t *sps_nalu_bb, int commonInfPresentFlag, int MaxNumSub
 
 int _parse_sub_layer_hrd_parameters(bitbuffer_t *sps_nalu_bb, int sub_pic_hrd_params_present_flag,
                                     int cpb_cnt_minus1, sub_layer_hrd_parameters_t *slhp) {
-    bitbuffer_t *const bb = sps_nalu_bb;
     ASSERT_ARGUMENT(sps_nalu_bb != NULL);
     ASSERT_ARGUMENT(slhp != NULL);
-    if (bb == nullptr || slhp == nullptr || cpb_cnt_minus1 >= H265_HRD_CPB_COUNT)
+    if (sps_nalu_bb == nullptr || slhp == nullptr || cpb_cnt_minus1 >= H265_HRD_CPB_COUNT)
         return -1;
     TRACE(kFunction, "Called. cpb_cnt_minus1=%d\n", cpb_cnt_minus1);
 
+    BitReader bb(sps_nalu_bb);
     for (int i = 0; i <= cpb_cnt_minus1; i++) {
         READ_UE(bb, slhp, bit_rate_value_minus1, i);
         READ_UE(bb, slhp, cpb_size_value_minus1, i);

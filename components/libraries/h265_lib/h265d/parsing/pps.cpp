@@ -18,11 +18,11 @@ constexpr uint32_t MAX_TILES_MINUS1 = 1055 - 1;
 }  // namespace
 
 int _parse_pps(bitbuffer_t *pps_nalu_bb, pps_h265_t *pps) {
-    bitbuffer_t *const bb = pps_nalu_bb;
-    if (bb == nullptr || pps == nullptr)
+    if (pps_nalu_bb == nullptr || pps == nullptr)
         return -1;
     TRACE(kFunction, "Called.\n");
 
+    BitReader bb(pps_nalu_bb);
     READ_UE(bb, pps, pps_pic_parameter_set_id);
     READ_UE(bb, pps, pps_seq_parameter_set_id);
     READ_FLAG(bb, pps, dependent_slice_segments_enabled_flag);

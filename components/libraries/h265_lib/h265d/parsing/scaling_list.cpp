@@ -6,11 +6,11 @@ int _parse_scaling_list(bitbuffer_t *sps_nalu_bb, scaling_list_data_t *sl) {
     // What the delta, the DC coefficient and every coefficient of a list are reported as.
     static constexpr char kUnreadable[] = "cannot parse scaling_list_pred_matrix_id_delta[%d][%d].\n";
 
-    bitbuffer_t *const bb = sps_nalu_bb;
-    if (bb == nullptr || sl == nullptr)
+    if (sps_nalu_bb == nullptr || sl == nullptr)
         return -1;
     TRACE(kFunction, "Called.\n");
 
+    BitReader bb(sps_nalu_bb);
     for (int sizeId = 0; sizeId < H265_SCALING_LIST_SIZES; sizeId++) {
         for (int matrixId = 0; matrixId < H265_SCALING_LIST_MATRICES;
              matrixId += ScalingListMatrixStep(sizeId)) {

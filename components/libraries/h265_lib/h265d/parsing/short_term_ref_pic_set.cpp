@@ -6,18 +6,19 @@
 namespace {
 
 // The sets read so far by the SPS parse that runs on this thread.
-thread_local DerivedRefPicSets derived_sets;
+thread_local DerivedRefPicSets sets_of_this_thread;
 
 }  // namespace
 
 int _parse_short_term_ref_pic_set(bitbuffer_t *sps_nalu_bb, unsigned long NumShortTermRefPicSets,
                                   unsigned long StRpsIndex, short_term_ref_pic_set_t *strps) {
-    bitbuffer_t *const bb = sps_nalu_bb;
-    if (bb == nullptr || strps == nullptr || StRpsIndex >= H265_SPS_SHORT_TERM_REF_PIC_SETS)
+    if (sps_nalu_bb == nullptr || strps == nullptr || StRpsIndex >= H265_SPS_SHORT_TERM_REF_PIC_SETS)
         return -1;
     TRACE(kFunction, "Called.\n");
     TRACE(kInformation, "--- short_term_ref_pic_set[%d] ---\n", static_cast<int>(StRpsIndex));
 
+    DerivedRefPicSets &derived_sets = sets_of_this_thread;  // looked up once
+    BitReader bb(sps_nalu_bb);
     // for index 0 the flag is not coded: the record's value counts
     if (StRpsIndex != 0)
         READ_FLAG(bb, strps, inter_ref_pic_set_prediction_flag);
@@ -47,7 +48,7 @@ int _parse_short_term_ref_pic_set(bitbuffer_t *sps_nalu_bb, unsigned long NumSho
         READ_UE_MAX(bb, H265_RPS_PICTURES, strps, num_negative_pics);
         const int num_negative_pics = static_cast<int>(strps->num_negative_pics);
         TRACE(kFunction, "After num_negative_pics:%d, CurrentBitOffset:%d.\n", num_negative_pics,
-              bb->bit_offset);
+              bb.offset());
         READ_UE_MAX(bb, static_cast<uint32_t>(H265_RPS_PICTURES - num_negative_pics), strps,
                     num_positive_pics);
         const int num_positive_pics = static_cast<int>(strps->num_positive_pics);

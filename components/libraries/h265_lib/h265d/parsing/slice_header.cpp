@@ -17,6 +17,9 @@ bool IsIdr(int nal_unit_type) {
     return nal_unit_type == 19 || nal_unit_type == 20;
 }
 
+// The most that is read: in the order of the elements, a ue(v) taking up to 65 bits.
+constexpr int64_t MAX_BYTES_READ = (1 + 1 + 65 + 1 + 32 + 32 + 65 + 1 + 2 + 32 + 7) / 8;
+
 // A picture dimension in coding tree blocks. Block sizes beyond 32 bits, which no valid SPS has, wrap.
 UINT64 SizeInCtbs(UINT64 luma_samples, const sps_h265_t &sps) {
     const UINT64 MinCbLog2SizeY = sps.log2_min_luma_coding_block_size_minus3 + 3;
@@ -39,10 +42,9 @@ unsigned int SliceSegmentAddressLength(const sps_h265_t &sps) {
 
 int _parse_slice_header(bitbuffer_t *pNal_bb, const sps_h265_t *sps, const pps_h265_t *pps, int nal_unit_type,
                         ssh_h265_t *pSh) {
-    bitbuffer_t *const bb = pNal_bb;
-    if (bb == nullptr || pSh == nullptr) {
+    if (pNal_bb == nullptr || pSh == nullptr) {
         TRACE(kError, "pNal_bb:%p or sliceheader:%p are NULL this should not happen!\n",
-              static_cast<void *>(bb), static_cast<void *>(pSh));
+              static_cast<void *>(pNal_bb), static_cast<void *>(pSh));
         return -1;
     }
     if (sps == nullptr) {
@@ -54,6 +56,7 @@ int _parse_slice_header(bitbuffer_t *pNal_bb, const sps_h265_t *sps, const pps_h
         return -1;
     }
 
+    BitReader bb(pNal_bb);
     READ_FLAG_AS(bb, pSh->first_slice_segment_in_pic_flag,
                  "failed to get first_slice_segment_in_pic_flag.\n");
     if (IsIrap(nal_unit_type))
@@ -102,9 +105,10 @@ BOOL H265Lib_Parse_slice_header_nal(const unsigned char *buffer, int buffer_len,
     }
     unsigned char *nal_sodb_buffer = nullptr;
     bitbuffer_t bb;
-    const unsigned char *const header = OpenSodbOnHeap(
-        {buffer, buffer_len, TRACE_SITE}, kTexts,
-        "Failed to allocate memory for nal_sodb_buffer. Size requested:%d.\n", &nal_sodb_buffer, &bb);
+    const unsigned char *const header =
+        OpenSodbOnHeap({buffer, buffer_len, TRACE_SITE}, kTexts,
+                       "Failed to allocate memory for nal_sodb_buffer. Size requested:%d.\n",
+                       &nal_sodb_buffer, &bb, PrefixOfNal(MAX_BYTES_READ));
     if (header == nullptr)
         return FALSE;
     const int nal_unit_type = header[0] >> 1 & 0x3F;

@@ -15,25 +15,25 @@ constexpr uint32_t MAX_SHORT_TERM_REF_PIC_SETS = 64;  // clause 7.4.3.2.1
 }  // namespace
 
 int _parse_sps(bitbuffer_t *sps_nalu_bb, sps_h265_t *sps) {
-    bitbuffer_t *const bb = sps_nalu_bb;
-    if (bb == nullptr || sps == nullptr)
+    if (sps_nalu_bb == nullptr || sps == nullptr)
         return -1;
     sps->vui.vui_timing_info_bitoffset = -1;
     TRACE(kFunction, "Called.\n");
-    DisplayBitBuffer(bb, "Fresh New SPS");
+    DisplayBitBuffer(sps_nalu_bb, "Fresh New SPS");
 
+    BitReader bb(sps_nalu_bb);
     READ_U(bb, 4, sps, sps_video_parameter_set_id);
     READ_U(bb, 3, sps, sps_max_sub_layers_minus1);
     READ_FLAG(bb, sps, sps_temporal_id_nesting_flag);
-    READ_STRUCTURE(_parse_profile_tier_level(bb, sps->sps_max_sub_layers_minus1, &sps->ptl),
+    READ_STRUCTURE(_parse_profile_tier_level(bb.Lend(), sps->sps_max_sub_layers_minus1, &sps->ptl),
                    "cannot parse profile_tier_level.\n");
-    TRACE(kFunction, "After PTL CurrentBitOffset:%d.\n", bb->bit_offset);
+    TRACE(kFunction, "After PTL CurrentBitOffset:%d.\n", bb.offset());
     READ_UE(bb, sps, seq_parameter_set_id);
     READ_UE(bb, sps, chroma_format_idc);
     if (sps->chroma_format_idc == 3)
         READ_FLAG(bb, sps, separate_colour_plane_flag);
-    sps->before_pic_num_samples_offset = static_cast<int>(bb->bit_offset);
-    TRACE(kFunction, "Before pic number of samles bitoffset:%d.\n", bb->bit_offset);
+    sps->before_pic_num_samples_offset = static_cast<int>(bb.offset());
+    TRACE(kFunction, "Before pic number of samles bitoffset:%d.\n", bb.offset());
     READ_UE(bb, sps, pic_width_in_luma_samples);
     // reported under the name of its neighbour
     READ_UE_AS(bb, sps->pic_height_in_luma_samples, "cannot parse pic_width_in_luma_samples.\n");
@@ -44,12 +44,11 @@ int _parse_sps(bitbuffer_t *sps_nalu_bb, sps_h265_t *sps) {
         READ_UE(bb, sps, conf_win_top_offset);
         READ_UE(bb, sps, conf_win_bottom_offset);
     }
-    TRACE(kFunction, "Before bit_depth_luma_minus8, CurrentBitOffset:%d.\n", bb->bit_offset);
+    TRACE(kFunction, "Before bit_depth_luma_minus8, CurrentBitOffset:%d.\n", bb.offset());
     READ_UE(bb, sps, bit_depth_luma_minus8);
     READ_UE(bb, sps, bit_depth_chroma_minus8);
     READ_UE(bb, sps, log2_max_pic_order_cnt_lsb_minus4);
-    TRACE(kFunction, "Before sps_sub_layer_ordering_info_present_flag CurrentBitOffset:%d.\n",
-          bb->bit_offset);
+    TRACE(kFunction, "Before sps_sub_layer_ordering_info_present_flag CurrentBitOffset:%d.\n", bb.offset());
     READ_FLAG(bb, sps, sps_sub_layer_ordering_info_present_flag);
     for (int i = sps->sps_sub_layer_ordering_info_present_flag ? 0 : sps->sps_max_sub_layers_minus1;
          i <= sps->sps_max_sub_layers_minus1; i++) {
@@ -60,19 +59,20 @@ int _parse_sps(bitbuffer_t *sps_nalu_bb, sps_h265_t *sps) {
         READ_UE_AS(bb, sps->sps_max_latency_increase_plus1[i],
                    "cannot parse sps_max_latency_increase_plus1.\n");
     }
-    TRACE(kFunction, "Before log2_min_luma_coding_block_size_minus3 CurrentBitOffset:%d.\n", bb->bit_offset);
+    TRACE(kFunction, "Before log2_min_luma_coding_block_size_minus3 CurrentBitOffset:%d.\n", bb.offset());
     READ_UE(bb, sps, log2_min_luma_coding_block_size_minus3);
     READ_UE(bb, sps, log2_diff_max_min_luma_coding_block_size);
     READ_UE(bb, sps, log2_min_luma_transform_block_size_minus2);
     READ_UE(bb, sps, log2_diff_max_min_luma_transform_block_size);
     READ_UE(bb, sps, max_transform_hierarchy_depth_inter);
     READ_UE(bb, sps, max_transform_hierarchy_depth_intra);
-    TRACE(kFunction, "Before scaling_list_enabled_flag CurrentBitOffset:%d.\n", bb->bit_offset);
+    TRACE(kFunction, "Before scaling_list_enabled_flag CurrentBitOffset:%d.\n", bb.offset());
     READ_FLAG(bb, sps, scaling_list_enabled_flag);
     if (sps->scaling_list_enabled_flag) {
         READ_FLAG(bb, sps, sps_scaling_list_data_present_flag);
         if (sps->sps_scaling_list_data_present_flag)
-            READ_STRUCTURE(_parse_scaling_list(bb, &sps->scaling_list), "cannot parse scaling_list.\n");
+            READ_STRUCTURE(_parse_scaling_list(bb.Lend(), &sps->scaling_list),
+                           "cannot parse scaling_list.\n");
     }
     READ_FLAG(bb, sps, amp_enabled_flag);
     READ_FLAG(bb, sps, sample_adaptive_offset_flag);
@@ -84,11 +84,11 @@ int _parse_sps(bitbuffer_t *sps_nalu_bb, sps_h265_t *sps) {
         READ_UE(bb, sps, log2_diff_max_min_pcm_luma_coding_block_size);
         READ_FLAG(bb, sps, pcm_loop_filter_disabled_flag);
     }
-    TRACE(kFunction, "Before num_short_term_ref_pics_sets CurrentBitOffset:%d.\n", bb->bit_offset);
+    TRACE(kFunction, "Before num_short_term_ref_pics_sets CurrentBitOffset:%d.\n", bb.offset());
     READ_UE_MAX(bb, MAX_SHORT_TERM_REF_PIC_SETS, sps, num_short_term_ref_pics_sets);
     for (UINT64 i = 0; i < sps->num_short_term_ref_pics_sets; i++)
         READ_STRUCTURE(
-            _parse_short_term_ref_pic_set(bb, sps->num_short_term_ref_pics_sets, i, &sps->strps[i]),
+            _parse_short_term_ref_pic_set(bb.Lend(), sps->num_short_term_ref_pics_sets, i, &sps->strps[i]),
             "failed to parse short term ref pic set[%lu].\n", i);
     READ_FLAG(bb, sps, long_term_ref_pics_present_flag);
     if (sps->long_term_ref_pics_present_flag) {
@@ -110,14 +110,14 @@ int _parse_sps(bitbuffer_t *sps_nalu_bb, sps_h265_t *sps) {
     }
     READ_FLAG(bb, sps, sps_temporal_mvp_enabled_flag);
     READ_FLAG(bb, sps, strong_intra_smoothing_enabled_flag);
-    sps->vui_parameters_present_offset = static_cast<int>(bb->bit_offset);
-    TRACE(kFunction, "Before vui_parameters_present_flag BitOffset:%d.\n", bb->bit_offset);
+    sps->vui_parameters_present_offset = static_cast<int>(bb.offset());
+    TRACE(kFunction, "Before vui_parameters_present_flag BitOffset:%d.\n", bb.offset());
     READ_FLAG(bb, sps, vui_parameters_present_flag);
     if (sps->vui_parameters_present_flag)
-        READ_STRUCTURE(_parse_vui_parameters(bb, sps->sps_max_sub_layers_minus1, &sps->vui),
+        READ_STRUCTURE(_parse_vui_parameters(bb.Lend(), sps->sps_max_sub_layers_minus1, &sps->vui),
                        "failed to parse vui parameters.\n");
-    sps->sps_extension_present_offset = static_cast<int>(bb->bit_offset);
-    TRACE(kFunction, "Before sps_extension_present_flag BitOffset:%d.\n", bb->bit_offset);
+    sps->sps_extension_present_offset = static_cast<int>(bb.offset());
+    TRACE(kFunction, "Before sps_extension_present_flag BitOffset:%d.\n", bb.offset());
     READ_FLAG(bb, sps, sps_extension_present_flag);
     if (sps->sps_extension_present_flag) {
         READ_FLAG(bb, sps, sps_range_extension_flag);

@@ -41,13 +41,13 @@ void ReportDropped(const TraceSite &site, const vps_h265_t &vps) {
 }  // namespace
 
 int _parse_vps(bitbuffer_t *vps_nalu_bb, vps_h265_t *pVps) {
-    bitbuffer_t *const bb = vps_nalu_bb;
     ASSERT_ARGUMENT(vps_nalu_bb != NULL);
     ASSERT_ARGUMENT(pVps != NULL);
-    if (bb == nullptr || pVps == nullptr)
+    if (vps_nalu_bb == nullptr || pVps == nullptr)
         return -1;
     TRACE(kFunction, "Called.\n");
 
+    BitReader bb(vps_nalu_bb);
     READ_U(bb, 4, pVps, vps_video_parameter_set_id);
     READ_FLAG(bb, pVps, vps_base_layer_internal_flag);
     READ_FLAG(bb, pVps, vps_base_layer_available_flag);
@@ -55,9 +55,9 @@ int _parse_vps(bitbuffer_t *vps_nalu_bb, vps_h265_t *pVps) {
     READ_U(bb, 3, pVps, vps_max_sub_layers_minus1);
     READ_FLAG(bb, pVps, vps_temporal_id_nesting_flag);
     READ_U(bb, 16, pVps, vps_reserved_0xffff_16bits);
-    READ_STRUCTURE(_parse_profile_tier_level(bb, pVps->vps_max_sub_layers_minus1, &pVps->ptl),
+    READ_STRUCTURE(_parse_profile_tier_level(bb.Lend(), pVps->vps_max_sub_layers_minus1, &pVps->ptl),
                    "cannot parse profile_tier_level.\n");
-    TRACE(kFunction, "After profile tier level, CurrentBitOffset:%d.\n", bb->bit_offset);
+    TRACE(kFunction, "After profile tier level, CurrentBitOffset:%d.\n", bb.offset());
     READ_FLAG(bb, pVps, vps_sub_layer_ordering_info_present_flag);
     UINT64 dropped_value = 0;
     for (int i = pVps->vps_sub_layer_ordering_info_present_flag ? 0 : pVps->vps_max_sub_layers_minus1;
@@ -103,10 +103,10 @@ int _parse_vps(bitbuffer_t *vps_nalu_bb, vps_h265_t *pVps) {
                        "cannot parse hrd_layer_set_idx[%d].\n", i);
             if (i > 0)
                 READ_FLAG_AS(bb, cprms_present_flag, "cannot parse cprms_present_flag[%d].\n", i);
-            READ_STRUCTURE(
-                _parse_hrd(bb, cprms_present_flag, pVps->vps_max_sub_layers_minus1, &CpbDpbDelaysPresentFlag,
-                           &KeptOrDropped(pVps->vps_hrd_parameters, i, dropped_hrd)),
-                "failed to parse hrd parameters[%d].\n", i);
+            READ_STRUCTURE(_parse_hrd(bb.Lend(), cprms_present_flag, pVps->vps_max_sub_layers_minus1,
+                                      &CpbDpbDelaysPresentFlag,
+                                      &KeptOrDropped(pVps->vps_hrd_parameters, i, dropped_hrd)),
+                           "failed to parse hrd parameters[%d].\n", i);
         }
     }
     READ_FLAG(bb, pVps, vps_extenstion_flag);

@@ -18,11 +18,11 @@ void SetHrdDefaults(vui_h265_t *vui) {
 
 int _parse_vui_parameters(bitbuffer_t *sps_nalu_bb, unsigned char sps_max_sub_layers_minus1,
                           vui_h265_t *vui) {
-    bitbuffer_t *const bb = sps_nalu_bb;
-    if (bb == nullptr || vui == nullptr)
+    if (sps_nalu_bb == nullptr || vui == nullptr)
         return -1;
     TRACE(kFunction, "Called.\n");
 
+    BitReader bb(sps_nalu_bb);
     READ_FLAG(bb, vui, aspect_ratio_info_present_flag);
     if (vui->aspect_ratio_info_present_flag) {
         READ_U(bb, 8, vui, aspect_ratio_idc);
@@ -63,7 +63,7 @@ int _parse_vui_parameters(bitbuffer_t *sps_nalu_bb, unsigned char sps_max_sub_la
     }
     READ_FLAG(bb, vui, vui_timing_info_present_flag);
     if (vui->vui_timing_info_present_flag) {
-        vui->vui_timing_info_bitoffset = static_cast<int>(bb->bit_offset);
+        vui->vui_timing_info_bitoffset = static_cast<int>(bb.offset());
         READ_U(bb, 32, vui, vui_num_units_in_tick);
         READ_U(bb, 32, vui, vui_time_scale);
         READ_FLAG(bb, vui, vui_poc_proportional_to_timing_flag);
@@ -71,16 +71,16 @@ int _parse_vui_parameters(bitbuffer_t *sps_nalu_bb, unsigned char sps_max_sub_la
             READ_UE(bb, vui, vui_num_ticks_poc_diff_one_minus1);
         READ_FLAG(bb, vui, vui_hrd_parameters_present_flag);
         // the position behind the flag, although the text says "Before"
-        vui->vui_hrd_parameters_present_flag_bitoffset = static_cast<int>(bb->bit_offset);
-        TRACE(kFunction, "Before vui_hrd_parameters_present_flag BitOffset:%d.\n", bb->bit_offset);
+        vui->vui_hrd_parameters_present_flag_bitoffset = static_cast<int>(bb.offset());
+        TRACE(kFunction, "Before vui_hrd_parameters_present_flag BitOffset:%d.\n", bb.offset());
         if (vui->vui_hrd_parameters_present_flag)
-            READ_STRUCTURE(
-                _parse_hrd(bb, 1, sps_max_sub_layers_minus1, &vui->CpbDpbDelaysPresentFlag, &vui->nal_hrd),
-                "failed to parse hrd parameters.\n");
+            READ_STRUCTURE(_parse_hrd(bb.Lend(), 1, sps_max_sub_layers_minus1, &vui->CpbDpbDelaysPresentFlag,
+                                      &vui->nal_hrd),
+                           "failed to parse hrd parameters.\n");
         else
             SetHrdDefaults(vui);
     }
-    TRACE(kFunction, "Before bitstream_restriction_flag CurrentBitOffset:%d.\n", bb->bit_offset);
+    TRACE(kFunction, "Before bitstream_restriction_flag CurrentBitOffset:%d.\n", bb.offset());
     READ_FLAG(bb, vui, bitstream_restriction_flag);
     if (vui->bitstream_restriction_flag) {
         READ_FLAG(bb, vui, tiles_fixed_structure_flag);
@@ -93,7 +93,7 @@ int _parse_vui_parameters(bitbuffer_t *sps_nalu_bb, unsigned char sps_max_sub_la
         READ_UE(bb, vui, max_bits_per_min_cu_denom);
         READ_UE(bb, vui, log2_max_mv_length_horizontal);
         READ_UE(bb, vui, log2_max_mv_length_vertical);
-        TRACE(kFunction, "After log2_max_mv_length_vertical CurrentBitOffset:%d.\n", bb->bit_offset);
+        TRACE(kFunction, "After log2_max_mv_length_vertical CurrentBitOffset:%d.\n", bb.offset());
     }
     TRACE(kFunction, "Done.\n");
     return 0;

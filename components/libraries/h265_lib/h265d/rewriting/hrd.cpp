@@ -7,14 +7,14 @@
 
 int _set_hrd_parameters(bitbuffer_t *sps_nalu_bb, int commonInfPresentFlag, int MaxNumSubLayersMinus1,
                         const hrd_h265_t *pHrd) {
-    bitbuffer_t *const bb = sps_nalu_bb;
     ASSERT_ARGUMENT(sps_nalu_bb != NULL);
     ASSERT_ARGUMENT(pHrd != NULL);
-    if (bb == nullptr || pHrd == nullptr)
+    if (sps_nalu_bb == nullptr || pHrd == nullptr)
         return -1;
     TRACE(kFunction, "Called. commonInfPresentFlag:%d, MaxNumSubLayersMinus1=%d\n", commonInfPresentFlag,
           MaxNumSubLayersMinus1);
 
+    BitWriter bb(sps_nalu_bb);
     if (commonInfPresentFlag) {
         SET_FLAG_AS(bb, pHrd->nal_hrd_parameters_present_flag,
                     "Failed to set nal_hrd_parameters_present_flag:%d.\n",
@@ -54,11 +54,11 @@ int _set_hrd_parameters(bitbuffer_t *sps_nalu_bb, int commonInfPresentFlag, int 
         const int cpb_cnt_minus1 =
             static_cast<int>(std::min<uint32_t>(static_cast<uint32_t>(pHrd->cpb_cnt_minus1[i]), INT_MAX));
         if (pHrd->nal_hrd_parameters_present_flag)
-            SET_STRUCTURE(_set_sub_layer_hrd_parameters(bb, pHrd->sub_pic_hrd_params_present_flag,
+            SET_STRUCTURE(_set_sub_layer_hrd_parameters(bb.Lend(), pHrd->sub_pic_hrd_params_present_flag,
                                                         cpb_cnt_minus1, &pHrd->s_l_nal_hrd_parameters[i]),
                           "Failed to set sub_layer_hrd_parameters[%d].\n", i);
         if (pHrd->vcl_hrd_parameters_present_flag)
-            SET_STRUCTURE(_set_sub_layer_hrd_parameters(bb, pHrd->sub_pic_hrd_params_present_flag,
+            SET_STRUCTURE(_set_sub_layer_hrd_parameters(bb.Lend(), pHrd->sub_pic_hrd_params_present_flag,
                                                         cpb_cnt_minus1, &pHrd->s_l_vcl_hrd_parameters[i]),
                           "Failed to set sub_layer_hrd_parameters[%d].\n", i);
     }
@@ -68,13 +68,13 @@ int _set_hrd_parameters(bitbuffer_t *sps_nalu_bb, int commonInfPresentFlag, int 
 
 int _set_sub_layer_hrd_parameters(bitbuffer_t *sps_nalu_bb, int sub_pic_hrd_params_present_flag,
                                   int cpb_cnt_minus1, const sub_layer_hrd_parameters_t *slhp) {
-    bitbuffer_t *const bb = sps_nalu_bb;
     ASSERT_ARGUMENT(sps_nalu_bb != NULL);
     ASSERT_ARGUMENT(slhp != NULL);
-    if (bb == nullptr || slhp == nullptr)
+    if (sps_nalu_bb == nullptr || slhp == nullptr)
         return -1;
     TRACE(kFunction, "Called. cpb_cnt_minus1=%d\n", cpb_cnt_minus1);
 
+    BitWriter bb(sps_nalu_bb);
     for (int i = 0; i <= cpb_cnt_minus1; i++) {
         if (i >= H265_HRD_CPB_COUNT) {
             ReportUnwritable(TRACE_SITE, "bit_rate_value_minus1", i);

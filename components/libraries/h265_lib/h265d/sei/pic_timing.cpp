@@ -9,16 +9,16 @@
 
 BOOL _parse_sei_pic_timing(bitbuffer_t *pSeiPicTimingBb, const SEI_message_t *pMsgHeader,
                            const vui_h265_t *pVui, sei_h265_pic_timing_t *pPt) {
-    bitbuffer_t *const bb = pSeiPicTimingBb;
     ASSERT_ARGUMENT(pSeiPicTimingBb != NULL);
     ASSERT_ARGUMENT(pMsgHeader != NULL);
     ASSERT_ARGUMENT(pVui != NULL);
     ASSERT_ARGUMENT(pPt != NULL);
-    if (bb == nullptr || pMsgHeader == nullptr || pVui == nullptr || pPt == nullptr)
+    if (pSeiPicTimingBb == nullptr || pMsgHeader == nullptr || pVui == nullptr || pPt == nullptr)
         return FALSE;
     TRACE(kFunction, "Advancing to Payload index:%d, Payload_type:%#x, Payload_size:%#x.\n",
           pMsgHeader->payload_index, pMsgHeader->payload_type, pMsgHeader->payload_size);
-    AdvanceToPayload(bb, pMsgHeader->payload_index);
+    AdvanceToPayload(pSeiPicTimingBb, pMsgHeader->payload_index);
+    BitReader bb(pSeiPicTimingBb);
 
     if (pVui->frame_field_info_present_flag) {
         READ_U(bb, 4, pPt, pic_struct);

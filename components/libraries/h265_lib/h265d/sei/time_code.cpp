@@ -18,20 +18,20 @@
 
 BOOL _parse_sei_timecode(bitbuffer_t *pSeiTimeCodeBb, const SEI_message_t *pMsgHeader,
                          sei_h265_time_code_t *pTc, int *pLine) {
-    bitbuffer_t *const bb = pSeiTimeCodeBb;
     ASSERT_ARGUMENT(pSeiTimeCodeBb != NULL);
     ASSERT_ARGUMENT(pMsgHeader != NULL);
     ASSERT_ARGUMENT(pTc != NULL);
     ASSERT_ARGUMENT(pLine != NULL);
     if (pLine == nullptr)
         return FALSE;
-    if (bb == nullptr || pMsgHeader == nullptr || pTc == nullptr) {
+    if (pSeiTimeCodeBb == nullptr || pMsgHeader == nullptr || pTc == nullptr) {
         *pLine = __LINE__;
         return FALSE;
     }
     TRACE(kFunction, "Advancing to Payload index:%d, Payload_type:%#x, Payload_size:%#x.\n",
           pMsgHeader->payload_index, pMsgHeader->payload_type, pMsgHeader->payload_size);
-    AdvanceToPayload(bb, pMsgHeader->payload_index);
+    AdvanceToPayload(pSeiTimeCodeBb, pMsgHeader->payload_index);
+    BitReader bb(pSeiTimeCodeBb);
 
     READ_OR_TELL_LINE(ReadU(bb, 2, pTc->num_clocks_ts));
     const int clocks = std::min<int>(pTc->num_clocks_ts, H265_TIME_CODE_CLOCKS);

@@ -1,0 +1,160 @@
+// The fast part of inserting and removing emulation prevention bytes: blocks of bytes in vectors.
+//
+// Written with the compiler's vector types, so that one text serves SSE2, NEON and machines without either;
+// only the mask of a comparison has a form of its own for each.
+
+#ifndef COMMON_BYTE_BLOCKS_H
+#define COMMON_BYTE_BLOCKS_H
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#elif defined(__ARM_NEON) && defined(__aarch64__)
+#include <arm_neon.h>
+#endif
+
+namespace byte_blocks {
+
+typedef unsigned char Vector __attribute__((vector_size(16)));
+
+constexpr size_t kVector = sizeof(Vector);
+constexpr size_t kBlock = 4 * kVector;  // as many bytes as a mask has bits
+
+inline Vector Load(const unsigned char *bytes) {
+    Vector vector;
+    std::memcpy(&vector, bytes, kVector);
+    return vector;
+}
+
+inline void Store(unsigned char *bytes, Vector vector) {
+    std::memcpy(bytes, &vector, kVector);
+}
+
+inline Vector Min(Vector a, Vector b) {
+    return a < b ? a : b;
+}
+
+// Whether any byte is zero.
+inline bool HasZero(Vector bytes) {
+#if defined(__SSE2__)
+    return _mm_movemask_epi8(reinterpret_cast<__m128i>(bytes == 0)) != 0;
+#elif defined(__ARM_NEON) && defined(__aarch64__)
+    return vminvq_u8(bytes) == 0;
+#else
+    for (size_t i = 0; i < kVector; i++) {
+        if (bytes[i] == 0)
+            return true;
+    }
+    return false;
+#endif
+}
+
+// A bit for each byte of a block of comparisons (0xFF or 0x00 each), the lowest for the first byte.
+inline uint64_t Mask(Vector a, Vector b, Vector c, Vector d) {
+#if defined(__SSE2__)
+    const auto bits = [](Vector vector) {
+        return static_cast<uint64_t>(
+            static_cast<unsigned int>(_mm_movemask_epi8(reinterpret_cast<__m128i>(vector))));
+    };
+    return bits(a) | bits(b) << 16 | bits(c) << 32 | bits(d) << 48;
+#elif defined(__ARM_NEON) && defined(__aarch64__)
+    constexpr Vector kBits = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+    const uint8x16_t ab = vpaddq_u8(a & kBits, b & kBits);
+    const uint8x16_t cd = vpaddq_u8(c & kBits, d & kBits);
+    const uint8x16_t abcd = vpaddq_u8(ab, cd);
+    return vgetq_lane_u64(vreinterpretq_u64_u8(vpaddq_u8(abcd, abcd)), 0);
+#else
+    uint64_t mask = 0;
+    for (size_t i = 0; i < kVector; i++)
+        mask |= uint64_t{a[i] & 1U} << i | uint64_t{b[i] & 1U} << (16 + i) | uint64_t{c[i] & 1U} << (32 + i) |
+                uint64_t{d[i] & 1U} << (48 + i);
+    return mask;
+#endif
+}
+
+// A byte or-ed with its successor: zero where both are.
+inline Vector Pairs(const unsigned char *bytes, Vector first) {
+    return first | Load(bytes + 1);
+}
+
+// Copies a block unless a zero byte in it is followed by another, be it the first of the next block. Returns
+// whether it did. With a null destination it only looks.
+inline bool CopyCleanBlock(const unsigned char *source, unsigned char *destination) {
+    const Vector a = Load(source);
+    const Vector b = Load(source + kVector);
+    const Vector c = Load(source + 2 * kVector);
+    const Vector d = Load(source + 3 * kVector);
+    const Vector ab = Min(Pairs(source, a), Pairs(source + kVector, b));
+    const Vector cd = Min(Pairs(source + 2 * kVector, c), Pairs(source + 3 * kVector, d));
+    if (HasZero(Min(ab, cd)))
+        return false;
+    if (destination != nullptr) {
+        Store(destination, a);
+        Store(destination + kVector, b);
+        Store(destination + 2 * kVector, c);
+        Store(destination + 3 * kVector, d);
+    }
+    return true;
+}
+
+// 0xFF where two zero bytes and a byte for which `third` holds begin, else 0x00: for a vector of bytes, and
+// the two behind it.
+template <typename Third>
+Vector Triplets(const unsigned char *bytes, Third third) {
+    return reinterpret_cast<Vector>((Pairs(bytes, Load(bytes)) == 0) & third(Load(bytes + 2)));
+}
+
+// How many bytes are looked at for a vector of them.
+constexpr size_t kTriplets = kVector + 2;
+
+template <typename Third>
+bool HasTriplet(const unsigned char *bytes, Third third) {
+    return HasZero(~Triplets(bytes, third));
+}
+
+// The positions in a block at which they begin.
+template <typename Third>
+uint64_t FindTriplets(const unsigned char *block, Third third) {
+    return Mask(Triplets(block, third), Triplets(block + kVector, third),
+                Triplets(block + 2 * kVector, third), Triplets(block + 3 * kVector, third));
+}
+
+// Copies n bytes a vector at a time: less than a vector more is read, and written. Most are less than a
+// vector.
+inline void CopyVectors(const unsigned char *source, size_t n, unsigned char *destination) {
+    Store(destination, Load(source));
+    for (size_t i = kVector; i < n; i += kVector)
+        Store(destination + i, Load(source + i));
+}
+
+// Copies a block in pieces, each of which ends two bytes behind a position in `triplets`: the last one
+// perhaps in the next block. `between` changes the pointers behind each of those. Moves both pointers behind
+// what was taken and what was written; behind that a vector more may have been read, and overwritten.
+template <typename Between>
+void CopyBlockInPieces(uint64_t triplets, const unsigned char **source, unsigned char **destination,
+                       Between between) {
+    const unsigned char *const block = *source;
+    const unsigned char *in = block;
+    unsigned char *out = *destination;
+    const auto copy_up_to = [&in, &out](const unsigned char *end) {
+        CopyVectors(in, static_cast<size_t>(end - in), out);
+        out += end - in;
+        in = end;
+    };
+    for (; triplets != 0; triplets &= triplets - 1) {
+        copy_up_to(block + std::countr_zero(triplets) + 2);
+        between(&in, &out);
+    }
+    if (in < block + kBlock)
+        copy_up_to(block + kBlock);
+    *source = in;
+    *destination = out;
+}
+
+}  // namespace byte_blocks
+
+#endif
