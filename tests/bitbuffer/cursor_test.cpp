@@ -31,6 +31,22 @@ TEST(Cursor, OpensOnNothing) {
     EXPECT_THAT(trace.messages(), IsEmpty());
 }
 
+TEST(Cursor, WithoutBytesHasNoBits) {
+    bitbuffer_t bb{nullptr, 0, 64};
+    unsigned char byte = 9;
+    uint32_t number = 9;
+    EXPECT_EQ(GetNextNBitsAsUint8(&bb, 1, &byte), -1);
+    EXPECT_EQ(GetUint32Golomb(&bb, &number), -1);
+    EXPECT_EQ(GetNextNBitsAsStringEx(&bb, 8, &byte, 1), -1);
+    EXPECT_EQ(__DoSetNextBit(&bb, 1, "F", "f.cpp", 1), -1);
+    EXPECT_EQ(SetNextNBitsFromUint32(&bb, 32, 1), -1);
+    EXPECT_EQ(SetUint32Golomb(&bb, 0), -1);
+    EXPECT_EQ(SetNextNBitsFromString(&bb, 8, &byte), -1);
+    EXPECT_EQ(bb.bit_offset, 0u);
+    EXPECT_EQ(byte, 9);
+    EXPECT_EQ(number, 9u);
+}
+
 TEST(Cursor, NullArgumentsAreReportedInTheNameOfTheCaller) {
     unsigned char byte = 0;
     bitbuffer_t bb{&byte, 5, 6};

@@ -112,6 +112,21 @@ TEST(Channels, NullHandleVariablesAreReported) {
     EXPECT_EQ(trace.messages()[1].line, 17);
 }
 
+// What a host that puts its own service in place of this one may have handed out.
+TEST(Channels, OfAnotherServiceAreForgotten) {
+    for (const DWORD index :
+         {DWORD{0}, DWORD{DBGTRACE_MAX_CHANNELS - 1}, DWORD{DBGTRACE_MAX_CHANNELS}, ~DWORD{0}}) {
+        tagHDBG foreign = {index, 7};
+        HDBG handle = &foreign;
+        const TraceCapture trace;
+        _DoDbgUninitEx(&handle, "Test", "test.cpp", 1);
+        EXPECT_EQ(handle, nullptr);
+        EXPECT_EQ(foreign.dwReserved, index);
+        EXPECT_EQ(foreign.nMaxLevel, 7);
+        EXPECT_THAT(trace.messages(), IsEmpty());
+    }
+}
+
 // ---- in a process of their own: what uses up places in the table, or is reported once --------------------
 
 [[noreturn]] void ExitWithResult() {

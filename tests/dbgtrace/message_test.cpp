@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "contract/captured_stderr.h"
+#include "support/interposed_services.h"
 #include "support/trace_capture.h"
 
 namespace test {
@@ -175,6 +176,24 @@ TEST_F(MessageOnStderr, ThatCannotBeWrittenIsLost) {
     ::close(full);
     Print("next\n");
     EXPECT_THAT(captured_.Writes(), ElementsAre(kPrefix + std::string("next\n")));
+}
+
+TEST_F(MessageOnStderr, ThatIsInterruptedIsWrittenAgain) {
+    InterruptWrites(3);
+    Print("text\n");
+    EXPECT_THAT(captured_.Writes(), ElementsAre(kPrefix + std::string("text\n")));
+}
+
+// No locale is set: a character beyond ASCII has no bytes.
+TEST_F(MessageOnStderr, ThatCannotBeFormattedHasNoText) {
+    const wchar_t wide[] = {0x2F800, 0};
+    _DoDbgPrintEx(channel_, 6, "Function", "file.cpp", 12, "%ls\n", wide);
+    Print("next\n");
+    EXPECT_THAT(captured_.Writes(), ElementsAre(kPrefix, "next\n"));
+    const TraceCapture trace;
+    _DoDbgPrintEx(channel_, 6, "Function", "file.cpp", 12, "%ls\n", wide);
+    ASSERT_EQ(trace.messages().size(), 1u);
+    EXPECT_EQ(trace.messages()[0].text, "");
 }
 
 TEST_F(MessageOnStderr, FromManyThreadsStaysWhole) {

@@ -5,6 +5,7 @@
 #include "h264.h"
 #include "support/nal_unit.h"
 #include "support/samples.h"
+#include "support/silence.h"
 #include "support/trace_capture.h"
 
 namespace test {
@@ -47,6 +48,9 @@ class ActiveFormat : public testing::Test {
         EXPECT_EQ(trace.messages().size(), parsed ? 0u : 1u);
         if (parsed || trace.messages().empty())
             return {};
+        InSilence([&] {
+            EXPECT_EQ(parse_sei_afd_nal(exact.data(), static_cast<int>(exact.size()), &afd_), FALSE);
+        });
         EXPECT_EQ(std::memcmp(&afd_, prefill.data(), sizeof afd_), 0);
         const TracedMessage &message = trace.messages()[0];
         EXPECT_EQ(message.channel + ' ' + std::to_string(message.level) + ' ' + message.function,
@@ -113,6 +117,14 @@ TEST_F(ActiveFormat, MessagesThatAreTooShort) {
     EXPECT_EQ(ParseMessages(Registered({Identified("DTG1", {}), next})),
               "cannot parse active_format_flag.\n");
     EXPECT_EQ(ParseMessages(Registered({Identified("DTG1", {0x41}), next})), "cannot parse active_format.\n");
+}
+
+TEST_F(ActiveFormat, PayloadThatPointsPastTheDataBehindTheFormat) {
+    Bytes message = Registered({Identified("DTG1", {0x41, 0xF8})});
+    message[1]++;
+    EXPECT_EQ(ParseMessages(message), "payload_size:10 runs past the NAL unit.\n");
+    message.push_back(0x55);
+    EXPECT_EQ(ParseMessages(message), "");
 }
 
 TEST_F(ActiveFormat, OtherRegisteredUserDataIsPassedOver) {

@@ -5,6 +5,7 @@
 #include "h264.h"
 #include "support/nal_unit.h"
 #include "support/samples.h"
+#include "support/silence.h"
 #include "support/trace_capture.h"
 
 namespace test {
@@ -27,8 +28,8 @@ Bytes Captions(size_t cc_count, unsigned char type_code = 3) {
     Bytes message = {4,         byte(11 + 3 * cc_count), 0xB5, 0, 0x31, 'G', 'A', '9', '4',
                      type_code, byte(0xC0 | cc_count),   0xFF};
     for (size_t i = 0; i < cc_count; i++)
-        message.insert(message.end(),
-                       {byte((i < 8 ? 0xF8 : 0) | i % 8), byte(i % 2 ? 0 : i), byte(i % 2 ? 0 : 5)});
+        for (const size_t value : {(i < 8 ? 0xF8U : 0U) | i % 8, i % 2 ? 0 : i, i % 2 ? 0 : size_t{5}})
+            message.push_back(byte(value));
     message.push_back(0xFF);
     return message;
 }
@@ -53,6 +54,9 @@ class ClosedCaptions : public testing::Test {
         EXPECT_EQ(trace.messages().size(), parsed ? 0u : 1u);
         if (parsed || trace.messages().empty())
             return {};
+        InSilence([&] {
+            EXPECT_EQ(parse_sei_cc_nal(exact.data(), static_cast<int>(exact.size()), &captions_), FALSE);
+        });
         EXPECT_EQ(std::memcmp(&captions_, prefill.data(), sizeof captions_), 0);
         const TracedMessage &message = trace.messages()[0];
         EXPECT_EQ(message.channel + ' ' + std::to_string(message.level) + ' ' + message.function,
@@ -152,6 +156,15 @@ TEST_F(ClosedCaptions, ConstructsThatDoNotFitTheMessage) {
         expect(size, kPacket);
     expect(9, "cannot parse em_data.\n");
     expect(8, "cannot parse cc_count.\n");
+}
+
+TEST_F(ClosedCaptions, PayloadThatPointsPastTheDataBehindTheMarkerBits) {
+    Bytes message = Captions(2);
+    message[1]++;
+    EXPECT_EQ(ParseMessages({message}), "payload_size:18 runs past the NAL unit.\n");
+    message.push_back(0x55);
+    EXPECT_EQ(ParseMessages({message}), "");
+    ExpectCaptions(2);
 }
 
 TEST_F(ClosedCaptions, OtherUserDataIsPassedOver) {

@@ -146,6 +146,12 @@ TEST(SeiReader, LongMessageIsReadToItsEnd) {
     EXPECT_EQ(FindBehind(Message(5, Bytes(300, 0))), 303 + 2);
 }
 
+TEST(SeiReader, DataThatEndsInZerosInsideAPayload) {
+    for (const Bytes &end :
+         {Bytes{0, 0, 0x80}, Bytes{0, 0, 3, 0x80}, Bytes{0, 0, 3}, Bytes{0, 0, 0, 0x80, 0, 0}})
+        EXPECT_EQ(Find(Joined({0, 0, 1, 0x4E, 1, 5, 4}, end)), -1);
+}
+
 TEST(SeiReader, PayloadSizesThatPointPastTheData) {
     EXPECT_EQ(FindBehind({5, 12}), -1);
     EXPECT_EQ(FindBehind({5, 254}), -1);

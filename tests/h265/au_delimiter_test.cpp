@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "support/silence.h"
 #include "support/trace_capture.h"
 
 namespace test {
@@ -60,6 +61,10 @@ TEST(AuDelimiterFormatting, PicTypesAbove2FailWithNothingWritten) {
         EXPECT_THAT(trace.Errors(), ElementsAre("primary_pic_type:" + std::to_string(pic_type) +
                                                 ", should not be greater than 2!\n"));
         EXPECT_EQ(trace.messages().size(), 1u);
+        InSilence([&] {
+            EXPECT_EQ(H265Lib_format_au_delimiter_nalu(buffer, sizeof buffer, pic_type), -1);
+            EXPECT_THAT(buffer, Each(9));
+        });
     }
 }
 

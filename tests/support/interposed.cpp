@@ -8,8 +8,22 @@ bool clock_controlled = false;
 std::time_t controlled_now = 0;
 std::time_t fresh_time = 10'000'000'000;  // far beyond the real time
 
-int allocations = 0;
-int first_failure = 0;  // 0: none
+// The calls of a thread are that thread's own.
+thread_local int allocations = 0;
+thread_local int live_blocks = 0;
+thread_local int first_failure = 0;  // 0: none
+thread_local int last_failure = 0;
+
+// One more attempt to allocate; says whether it is one that has to fail.
+bool HasToFail() {
+    allocations++;
+    return first_failure > 0 && allocations >= first_failure && allocations <= last_failure;
+}
+
+void *Counted(void *block) {
+    live_blocks += block != nullptr;
+    return block;
+}
 
 }  // namespace
 
@@ -17,7 +31,10 @@ extern "C" {
 
 // The linker directs the libraries' calls here (--wrap).
 std::time_t __real_time(std::time_t *result);
+void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
+void *__real_realloc(void *block, size_t size);
+void __real_free(void *block);
 
 std::time_t __wrap_time(std::time_t *result);
 std::time_t __wrap_time(std::time_t *result) {
@@ -28,12 +45,28 @@ std::time_t __wrap_time(std::time_t *result) {
     return controlled_now;
 }
 
+void *__wrap_malloc(size_t size);
+void *__wrap_malloc(size_t size) {
+    return HasToFail() ? nullptr : Counted(__real_malloc(size));
+}
+
 void *__wrap_calloc(size_t count, size_t size);
 void *__wrap_calloc(size_t count, size_t size) {
-    allocations++;
-    if (first_failure > 0 && allocations >= first_failure)
+    return HasToFail() ? nullptr : Counted(__real_calloc(count, size));
+}
+
+void *__wrap_realloc(void *block, size_t size);
+void *__wrap_realloc(void *block, size_t size) {
+    if (HasToFail())
         return nullptr;
-    return __real_calloc(count, size);
+    void *const moved = __real_realloc(block, size);
+    return block == nullptr ? Counted(moved) : moved;
+}
+
+void __wrap_free(void *block);
+void __wrap_free(void *block) {
+    live_blocks -= block != nullptr;
+    __real_free(block);
 }
 
 }  // extern "C"
@@ -57,9 +90,11 @@ std::time_t FreshTime() {
     return fresh_time += 1'000'000;
 }
 
-FailingAllocations::FailingAllocations(int first) {
+FailingAllocations::FailingAllocations(int first, int last) {
     allocations = 0;
+    live_blocks = 0;
     first_failure = first;
+    last_failure = last;
 }
 
 FailingAllocations::~FailingAllocations() {
@@ -68,6 +103,10 @@ FailingAllocations::~FailingAllocations() {
 
 int FailingAllocations::Calls() {
     return allocations;
+}
+
+int FailingAllocations::LiveBlocks() {
+    return live_blocks;
 }
 
 }  // namespace test

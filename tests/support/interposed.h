@@ -1,8 +1,10 @@
-// A clock and a heap under the tests' control: the static libraries' calls of time and calloc come here.
+// A clock and a heap under the tests' control: the static libraries' calls of time, malloc, calloc, realloc
+// and free come here.
 
 #ifndef TESTS_SUPPORT_INTERPOSED_H
 #define TESTS_SUPPORT_INTERPOSED_H
 
+#include <climits>
 #include <ctime>
 
 namespace test {
@@ -21,14 +23,18 @@ class ControlledClock {
 // a later one.
 std::time_t FreshTime();
 
-// While alive, the n-th call of calloc (counted from 1) and all later ones fail.
+// While alive, some of this thread's allocations fail: those from the first to the last number given (counted
+// from 1; by default all from the first on, and none when that is 0). Counts blocks, too.
 class FailingAllocations {
  public:
-    explicit FailingAllocations(int first_failure);
+    explicit FailingAllocations(int first_failure, int last_failure = INT_MAX);
     ~FailingAllocations();
     FailingAllocations(const FailingAllocations &) = delete;
     FailingAllocations &operator=(const FailingAllocations &) = delete;
-    static int Calls();  // since the construction
+
+    // Since the construction: attempts to allocate; and blocks allocated less blocks released.
+    static int Calls();
+    static int LiveBlocks();
 };
 
 }  // namespace test

@@ -14,6 +14,7 @@
 
 #include "bitbuffer.h"
 #include "support/bit_string.h"
+#include "support/silence.h"
 #include "support/trace_capture.h"
 
 namespace test {
@@ -89,8 +90,17 @@ class Syntax {
         return {};
     }
 
+    // Calls back with every number of bits of which one more completes an element, and with that of all bits.
+    template <typename Cut>
+    void ForEachCut(Cut cut) const {
+        for (const Element &element : elements_)
+            cut(element.end - 1);
+        cut(bits_.size());
+    }
+
     // Parses the structure cut at every bit, into a prefilled record: the right reports, the fields in front
-    // of the cut read, the others untouched, nothing but the record written.
+    // of the cut read, the others untouched, nothing but the record written. The same with nobody listening,
+    // cut within each element.
     template <typename Record, typename Parse>
     void SweepTruncations(Record *record, Parse parse) const {
         for (size_t length = 0; length <= bits_.size(); length++) {
@@ -107,6 +117,18 @@ class Syntax {
             if (testing::Test::HasFailure())
                 return;
         }
+        ForEachCut([&](size_t length) {
+            if (testing::Test::HasFailure())
+                return;
+            SCOPED_TRACE("cut at bit " + std::to_string(length));
+            InSilence([&] {
+                std::memset(record, kPrefill, sizeof *record);
+                std::vector<unsigned char> bytes = bits_.Prefix(length).Bytes();
+                bitbuffer_t bb{bytes.data(), 0, static_cast<unsigned int>(length)};
+                EXPECT_EQ(parse(&bb, record), ReportsWhenCut(length).empty());
+                ExpectFields(length);
+            });
+        });
     }
 
  private:

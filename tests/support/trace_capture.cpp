@@ -2,8 +2,15 @@
 
 namespace test {
 
-TraceCapture::TraceCapture(int level) : level_before_(g_hH265LibDbg->nMaxLevel) {
+TraceCapture *TraceCapture::listening_ = nullptr;
+
+TraceCapture::TraceCapture(int level) : outer_(listening_), level_before_(g_hH265LibDbg->nMaxLevel) {
     g_hH265LibDbg->nMaxLevel = level;
+    Listen();
+}
+
+void TraceCapture::Listen() {
+    listening_ = this;
     DbgTraceSetSink(
         [](const DbgTraceMessage *message, void *user) {
             static_cast<TraceCapture *>(user)->messages_.push_back({message->channel, message->level,
@@ -14,7 +21,10 @@ TraceCapture::TraceCapture(int level) : level_before_(g_hH265LibDbg->nMaxLevel) 
 }
 
 TraceCapture::~TraceCapture() {
+    listening_ = nullptr;
     DbgTraceSetSink(nullptr, nullptr);
+    if (outer_ != nullptr)
+        outer_->Listen();
     if (g_hH265LibDbg != nullptr)
         g_hH265LibDbg->nMaxLevel = level_before_;
 }

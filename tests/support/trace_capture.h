@@ -21,7 +21,8 @@ struct TracedMessage {
 
 class TraceCapture {
  public:
-    // Takes the place of the sink and sets the library's level; both come back at the end.
+    // Takes the place of the sink and sets the library's level; both come back at the end. One may live
+    // within the life of another.
     explicit TraceCapture(int level = 8);
     ~TraceCapture();
     TraceCapture(const TraceCapture &) = delete;
@@ -38,6 +39,10 @@ class TraceCapture {
     std::vector<std::string> Assertions() const;
 
  private:
+    void Listen();
+
+    static TraceCapture *listening_;
+    TraceCapture *outer_;
     int level_before_;
     std::vector<TracedMessage> messages_;
 };

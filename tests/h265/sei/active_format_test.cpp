@@ -3,6 +3,7 @@
 #include <climits>
 
 #include "h265/sei/built_sei.h"
+#include "support/silence.h"
 
 namespace test {
 namespace {
@@ -165,6 +166,7 @@ TEST(FormatActiveFormatSei, ANullBufferIsReportedAndFails) {
     EXPECT_THAT(trace.Assertions(),
                 ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("buffer != NULL")));
     EXPECT_THAT(trace.Errors(), IsEmpty());
+    InSilence([] { EXPECT_EQ(H265Lib_format_sei_afd_nal(nullptr, 0, nullptr, 0), 0); });
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 
 #include "bitbuffer.h"
 #include "support/nal_unit.h"
+#include "support/silence.h"
 #include "support/syntax.h"
 #include "support/trace_capture.h"
 
@@ -96,35 +97,44 @@ inline Bytes SeiNalUnit(const Syntax &message) {
     return NalUnit(kPrefixSei, message.bits().Bytes(), kSeiStartCodeLength);
 }
 
-// Writes the message into cursors of every capacity: the right report in the name of `function`, the elements
-// in front of the one that does not fit written, all other bits as they were.
-inline void SweepCapacities(const Syntax &message, const std::string &function,
-                            const std::function<int(bitbuffer_t *)> &write) {
+// Writes the message into a cursor of this capacity: the elements in front of the one that does not fit
+// written, all other bits as they were.
+inline void WriteIntoCapacity(const Syntax &message, size_t capacity,
+                              const std::function<int(bitbuffer_t *)> &write) {
     const size_t whole = message.bits().size();
     const size_t size_written =
         whole - 8;  // the size is known when the trailing bits are all that is missing
-    for (size_t capacity = 0; capacity <= whole; capacity++) {
+    Output block(static_cast<int>((capacity + 7) / 8));
+    bitbuffer_t bb{block.data(), 0, static_cast<unsigned int>(capacity)};
+    ASSERT_EQ(write(&bb), message.ReportsWhenCut(capacity).empty() ? static_cast<int>(whole / 8) : -1);
+
+    ASSERT_LE(bb.bit_offset, capacity);
+    BitString expected;
+    const Bytes untouched = block.Holding({});
+    for (size_t i = 0; i < untouched.size() * 8; i++) {
+        const bool placeholder = i >= 8 && i < 16 && capacity < size_written;
+        const bool written = message.bits()[std::min(i, whole - 1)] && !placeholder;
+        expected.U(1, i < bb.bit_offset ? written : untouched[i / 8] >> (7 - i % 8));
+    }
+    ASSERT_EQ(block.bytes(), expected.Bytes());
+}
+
+// Writes the message into cursors of every capacity: the right report in the name of `function`. The same
+// with nobody listening, where an element does not fit by one bit.
+inline void SweepCapacities(const Syntax &message, const std::string &function,
+                            const std::function<int(bitbuffer_t *)> &write) {
+    for (size_t capacity = 0; capacity <= message.bits().size(); capacity++) {
         SCOPED_TRACE("capacity " + std::to_string(capacity));
-        Output block(static_cast<int>((capacity + 7) / 8));
-        bitbuffer_t bb{block.data(), 0, static_cast<unsigned int>(capacity)};
         const TraceCapture trace(3);
-        const int result = write(&bb);
-        const std::vector<std::string> reports = message.ReportsWhenCut(capacity);
-        ASSERT_EQ(trace.Errors(), reports);
+        ASSERT_NO_FATAL_FAILURE(WriteIntoCapacity(message, capacity, write));
+        ASSERT_EQ(trace.Errors(), message.ReportsWhenCut(capacity));
         for (const TracedMessage &report : trace.messages())
             ASSERT_EQ(report.function, function);
-        ASSERT_EQ(result, reports.empty() ? static_cast<int>(whole / 8) : -1);
-
-        ASSERT_LE(bb.bit_offset, capacity);
-        BitString expected;
-        const Bytes untouched = block.Holding({});
-        for (size_t i = 0; i < untouched.size() * 8; i++) {
-            const bool placeholder = i >= 8 && i < 16 && capacity < size_written;
-            const bool written = message.bits()[std::min(i, whole - 1)] && !placeholder;
-            expected.U(1, i < bb.bit_offset ? written : untouched[i / 8] >> (7 - i % 8));
-        }
-        ASSERT_EQ(block.bytes(), expected.Bytes());
     }
+    message.ForEachCut([&](size_t capacity) {
+        SCOPED_TRACE("capacity " + std::to_string(capacity));
+        InSilence([&] { WriteIntoCapacity(message, capacity, write); });
+    });
 }
 
 }  // namespace test

@@ -4,6 +4,7 @@
 
 #include "h265/sei/built_sei.h"
 #include "support/interposed.h"
+#include "support/silence.h"
 
 namespace test {
 namespace {
@@ -261,6 +262,7 @@ TEST_F(FormatCaptionSei, NegativeCountsTakeNothing) {
                                                 " is greater than MAX SEI RBSP:1850.\n"));
         EXPECT_EQ(trace.messages().size(), 1u);
         EXPECT_EQ(output_.bytes(), output_.Holding({}));
+        InSilence([&] { EXPECT_EQ(Format(Captions(3), many.cc_count), 0); });
     }
 }
 

@@ -3,6 +3,7 @@
 #include <climits>
 
 #include "h265/sei/built_sei.h"
+#include "support/silence.h"
 
 namespace test {
 namespace {
@@ -75,6 +76,8 @@ TEST(FormatPrecisionTimeSei, ReportsTheStatusInHexadecimal) {
     const TraceCapture trace(3);
     EXPECT_EQ(H265Lib_formatMISPMicroSecondTimeSEI(output.data(), kLength, &kTime, 0x1E), -1);
     EXPECT_THAT(trace.Errors(), ElementsAre("StatusByte:0x1e, bits[4:0]:0x1e should be 0x1f!\n"));
+    InSilence(
+        [&] { EXPECT_EQ(H265Lib_formatMISPMicroSecondTimeSEI(output.data(), kLength, &kTime, 0x1E), -1); });
 }
 
 TEST(FormatPrecisionTimeSei, TracesTheTimeInSixteenDigits) {
@@ -99,6 +102,9 @@ TEST(FormatPrecisionTimeSei, NullPointersHaveTheirOwnReports) {
     EXPECT_EQ(H265Lib_formatMISPMicroSecondTimeSEI(output.data(), kLength, nullptr, 0), -1);
     EXPECT_THAT(trace.Errors(), ElementsAre("pllUsecTime:(nil) is NULL, no precise time given!\n"));
     EXPECT_THAT(trace.Assertions(), IsEmpty());
+    InSilence([&] {
+        EXPECT_EQ(H265Lib_formatMISPMicroSecondTimeSEI(output.data(), kLength, nullptr, kStatus), -1);
+    });
     EXPECT_EQ(output.bytes(), output.Holding({}));
 }
 

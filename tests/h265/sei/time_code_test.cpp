@@ -7,6 +7,7 @@
 
 #include "h265/sei/time_code_syntax.h"
 #include "support/interposed.h"
+#include "support/silence.h"
 
 namespace test {
 namespace {
@@ -336,6 +337,12 @@ TEST_F(FormatTimeCodeSei, ABadVitcTimeGivesMidnight) {
         EXPECT_EQ(trace_.Errors()[1], "Failed to convert pVitcData:" + Address(&vitc) +
                                           " into timecode_data:" + Address(&info_) + "\n");
         EXPECT_THAT(trace_.Assertions(), IsEmpty());
+        InSilence([&] {
+            Output output(kCapacity);
+            EXPECT_EQ(H265Lib_format_sei_time_code_nal(output.data(), kCapacity, &vitc, &info_),
+                      static_cast<int>(midnight.size()));
+            EXPECT_EQ(output.bytes(), output.Holding(midnight));
+        });
     }
 }
 
@@ -352,6 +359,8 @@ TEST_F(FormatTimeCodeSei, NeedsABufferOf36Bytes) {
         EXPECT_EQ(trace_.Assertions(),
                   len > 0 ? std::vector<std::string>{} : std::vector{AssertionOf("len > 0")});
         EXPECT_EQ(info_.WallTime.seconds, 3);
+        InSilence(
+            [&] { EXPECT_EQ(H265Lib_format_sei_time_code_nal(output.data(), len, &vitc, &info_), -1); });
     }
     Output output(36);
     EXPECT_EQ(H265Lib_format_sei_time_code_nal(output.data(), INT_MAX, &vitc, &info_), 14);
@@ -378,6 +387,8 @@ TEST_F(FormatTimeCodeSei, NullPointersAreReportedAndFail) {
     EXPECT_EQ(H265Lib_format_sei_time_code_nal(output.data(), kCapacity, &vitc, &info_), -1);
     EXPECT_THAT(trace_.Assertions(), ElementsAre(AssertionOf("pSps != NULL")));
     EXPECT_THAT(trace_.Errors(), ElementsAre("Failed to derive num_clock_ts.\n"));
+    InSilence(
+        [&] { EXPECT_EQ(H265Lib_format_sei_time_code_nal(output.data(), kCapacity, &vitc, &info_), -1); });
     EXPECT_EQ(output.bytes(), output.Holding({}));
 }
 

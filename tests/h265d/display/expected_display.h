@@ -92,7 +92,34 @@ class NoChannel {
     HDBG channel_;
 };
 
-// The display at each level of the channel, and without a channel: the right lines, and the record as it was.
+// A host that has heard enough after so many messages.
+struct Hush {
+    size_t messages;
+    size_t heard = 0;
+
+    static void Sink(const DbgTraceMessage *message, void *user) {
+        if (std::strcmp(message->channel, "H265LIB") != 0)
+            return;
+        Hush *const hush = static_cast<Hush *>(user);
+        if (++hush->heard == hush->messages)
+            g_hH265LibDbg->nMaxLevel = 0;
+    }
+};
+
+// The level counts afresh for every message: a display that is hushed says nothing more.
+template <typename Display>
+void ExpectCanBeHushed(Display display, size_t messages) {
+    for (size_t i = 1; i <= messages; i++) {
+        Hush hush = {i};
+        const TraceCapture trace;
+        DbgTraceSetSink(Hush::Sink, &hush);
+        display();
+        ASSERT_EQ(hush.heard, i);
+    }
+}
+
+// The display at each level of the channel, without a channel, and hushed at every message: the right lines,
+// and the record as it was.
 template <typename Record, typename Display>
 void ExpectDisplay(const Record &record, Display display, const ExpectedDisplay &expected) {
     std::vector<unsigned char> before(sizeof record);
@@ -114,6 +141,7 @@ void ExpectDisplay(const Record &record, Display display, const ExpectedDisplay 
     }
     EXPECT_THAT(trace.messages(), testing::IsEmpty());
     EXPECT_EQ(std::memcmp(before.data(), &record, sizeof record), 0);
+    ExpectCanBeHushed([&] { display(&record); }, expected.AtLevel(8).size());
 }
 
 // The texts that a display prints at a level of the channel.

@@ -4,6 +4,7 @@
 
 #include "support/bit_string.h"
 #include "support/nal_unit.h"
+#include "support/silence.h"
 #include "support/trace_capture.h"
 
 namespace test {
@@ -33,6 +34,7 @@ TEST(AuDelimiterParsing, AnOrdinaryDelimiterIsTooShort) {
                                          "bit_offset:22, aud_data:0x[0-9a-f]+.\n")));
     EXPECT_THAT(trace.Texts(6), IsEmpty());
     EXPECT_EQ(trace.messages().back().function, "H265Lib_Parse_au_delimiter_nal");
+    InSilence([&] { EXPECT_EQ(H265Lib_Parse_au_delimiter_nal(nal.data(), 7, &aud), FALSE); });
 }
 
 TEST(AuDelimiterParsing, ReadsTheTypesBehindARepeatedHeader) {
@@ -65,6 +67,10 @@ TEST(AuDelimiterParsing, CutAtEveryBit) {
         EXPECT_EQ(aud.pic_type, length >= 25 ? 5 : 99);
         EXPECT_THAT(trace.Errors(), IsEmpty());
         EXPECT_EQ(trace.Texts(6).size(), length >= 25 ? 1u : 0u);
+        InSilence([&] {
+            bb = {bytes.data(), 0, length};
+            EXPECT_EQ(_parse_aud(&bb, &aud), length >= 25);
+        });
     }
 }
 

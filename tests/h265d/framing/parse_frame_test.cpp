@@ -3,9 +3,11 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <memory>
 #include <ostream>
+#include <random>
 #include <utility>
 
 #include "support/interposed.h"
@@ -276,9 +278,32 @@ TEST_F(OpenedSodb, GivesAHeapScratchThatTheCallerReleases) {
     const unsigned char *header = OpenSodbOnHeap(Input(), kTexts, "size %d\n", &scratch, &bb_);
     ASSERT_NE(header, nullptr);
     ExpectOpened(header, scratch);
-    EXPECT_THAT(Bytes(scratch + 5, scratch + nal_.size() + 32), Each(0));
     std::free(scratch);
     EXPECT_THAT(trace_.Errors(), IsEmpty());
+}
+
+// What a reader that stops early gets is the front of what there is, as far as it can read.
+TEST(PrefixOfNal, HoldsAsManyBytesAsAreRead) {
+    const TraceCapture trace{6};
+    static constexpr ParseFrameTexts kTexts = {"%d", "%p", "no SODB"};
+    constexpr int64_t kRead = 20;
+    for (unsigned int seed = 0; seed < 2000; seed++) {
+        Bytes nal = {0, 0, 1, 0x02, 0x01};
+        std::mt19937 random(seed);
+        while (nal.size() < 80)
+            nal.push_back(std::array<unsigned char, 6>{0, 0, 0, 3, 3, 0x55}[random() % 6]);
+        unsigned char whole[80];
+        bitbuffer_t whole_bb;
+        unsigned char *scratch = nullptr;
+        bitbuffer_t prefix_bb;
+        const ParseInput input = {nal.data(), static_cast<int64_t>(nal.size()), TRACE_SITE};
+        ASSERT_NE(OpenSodb(input, kTexts, whole, sizeof whole, &whole_bb), nullptr);
+        ASSERT_NE(OpenSodbOnHeap(input, kTexts, "", &scratch, &prefix_bb, PrefixOfNal(kRead)), nullptr);
+        EXPECT_LT(prefix_bb.num_bits, whole_bb.num_bits);
+        EXPECT_EQ(Bytes(scratch, scratch + kRead), Bytes(whole, whole + kRead)) << seed;
+        EXPECT_GE(prefix_bb.num_bits, kRead * 8) << seed;
+        std::free(scratch);
+    }
 }
 
 TEST_F(OpenedSodb, ReportsACursorThatCannotBeOpened) {

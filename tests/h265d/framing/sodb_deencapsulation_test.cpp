@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <climits>
 #include <memory>
 
 #include "support/interposed.h"
@@ -223,6 +224,16 @@ TEST_F(SodbCapacity, AMessageThatTheLevelHidesCountsAsReported) {
     clock_.Set(start_ + 11);
     EXPECT_EQ(Refused(), -1);
     EXPECT_THAT(trace.Errors(), ElementsAre(kTooLong));
+}
+
+TEST_F(SodbCapacity, LengthsBeyondASignedOneAreRefusedUnseen) {
+    const Bytes nal = {0x40, 1, 0x0C};
+    Bytes sodb(1, 0xA5);
+    const TraceCapture trace;
+    for (const unsigned int length : {0x8000'0000U, UINT_MAX})
+        EXPECT_EQ(H265Lib_SODB_deencapsulation_from_NAL(nal.data(), length, sodb.data(), UINT_MAX), -1);
+    EXPECT_EQ(sodb[0], 0xA5);
+    EXPECT_THAT(trace.messages(), IsEmpty());
 }
 
 TEST_F(SodbCapacity, SuccessDoesNotCountAsReported) {

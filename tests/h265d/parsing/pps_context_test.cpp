@@ -8,6 +8,7 @@
 #include "h265.h"
 #include "support/bit_string.h"
 #include "support/nal_unit.h"
+#include "support/silence.h"
 #include "support/trace_capture.h"
 
 namespace test {
@@ -117,6 +118,7 @@ TEST_F(PpsContext, AFailureIsReportedTwiceAndKeepsTheContext) {
         EXPECT_EQ(trace.messages()[1].function, "H265Lib_Parse_pps_nal");
         EXPECT_EQ(trace.messages()[2].function, "H265Lib_Parse_pps_nal_ex");
     }
+    InSilence([this] { EXPECT_FALSE(Parse(BrokenNal())); });
     EXPECT_EQ(std::memcmp(context_.get(), before.get(), sizeof *before), 0);
     EXPECT_TRUE(Hits(Nal(3)));
 }
@@ -176,6 +178,7 @@ TEST_F(PpsContext, ShortInputIsRefusedInFrontOfTheComparison) {
     trace.Clear();
     EXPECT_FALSE(H265Lib_Parse_pps_nal_ex(nal.data(), 0, context_.get(), &pps_));
     EXPECT_THAT(trace.Errors(), ElementsAre("buffer_len:0 is too small. Malformed NAL.\n"));
+    InSilence([&] { EXPECT_FALSE(Parse(nal)); });
 }
 
 TEST_F(PpsContext, ALengthBeyondASignedOneIsRefusedByTheParse) {

@@ -7,6 +7,7 @@
 
 #include "support/interposed.h"
 #include "support/nal_unit.h"
+#include "support/silence.h"
 #include "support/syntax.h"
 
 namespace test {
@@ -388,6 +389,7 @@ TEST_F(Pps, EachTileBeyondTheBoundIsReportedAndHasNoBits) {
         EXPECT_THAT(trace.Errors(), IsEmpty());
         for (const TracedMessage &message : trace.messages())
             EXPECT_EQ(message.function, "_parse_pps");
+        InSilence([this] { ExpectParsedToTheLastBit(); });
     }
 }
 
@@ -580,12 +582,14 @@ TEST_F(Pps, AHeaderWithoutPayloadIsRefused) {
 }
 
 TEST_F(Pps, AnUnreadableElementIsReportedOnceMoreByTheEntryPoint) {
+    const auto expect_failure = [this] { EXPECT_FALSE(ParseNal({0, 0, 1, 0x44, 1, 0xC0})); };
     const TraceCapture trace(3);
-    EXPECT_FALSE(ParseNal({0, 0, 1, 0x44, 1, 0xC0}));
+    expect_failure();
     EXPECT_THAT(trace.Errors(),
                 ElementsAre(Unreadable("cabac_init_present_flag"), "Failed to parse PPS NAL!\n"));
     EXPECT_EQ(trace.messages()[0].function, "_parse_pps");
     EXPECT_EQ(trace.messages()[1].function, "H265Lib_Parse_pps_nal");
+    InSilence(expect_failure);
 }
 
 TEST_F(Pps, NullArgumentsAreReportedAndFail) {

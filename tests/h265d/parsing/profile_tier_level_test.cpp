@@ -303,6 +303,17 @@ TEST_F(ProfileTierLevel, SevenSubLayersMoreFillTheArrays) {
     Sweep(7);
 }
 
+TEST_F(ProfileTierLevel, MoreSubLayersThanTheRecordHoldsFailUnread) {
+    unsigned char bytes[128] = {};
+    for (const unsigned char maxNumSubLayersMinus1 : std::vector<unsigned char>{8, 9, 255}) {
+        bitbuffer_t bb{bytes, 0, sizeof bytes * 8};
+        const TraceCapture trace;
+        EXPECT_EQ(_parse_profile_tier_level(&bb, maxNumSubLayersMinus1, &ptl_), -1);
+        EXPECT_EQ(bb.bit_offset, 0u);
+        EXPECT_TRUE(trace.messages().empty());
+    }
+}
+
 TEST_F(ProfileTierLevel, TracesEntryPositionAndExit) {
     GeneralHead({});
     General43Bits();

@@ -9,6 +9,7 @@
 
 #include "support/interposed.h"
 #include "support/nal_unit.h"
+#include "support/silence.h"
 #include "support/syntax.h"
 
 namespace test {
@@ -367,6 +368,10 @@ TEST_F(SliceHeader, NullArgumentsOfTheReaderAreReportedAndFail) {
     EXPECT_EQ(trace.messages().size(), 4u);
     for (const TracedMessage &message : trace.messages())
         EXPECT_EQ(message.function, "_parse_slice_header");
+    InSilence([this] {
+        EXPECT_EQ(_parse_slice_header(&bb_, nullptr, pps_.get(), kTrail, &ssh_), -1);
+        EXPECT_EQ(_parse_slice_header(&bb_, sps_.get(), nullptr, kTrail, &ssh_), -1);
+    });
 }
 
 TEST_F(SliceHeader, NullArgumentsAreReportedAndFail) {
@@ -448,9 +453,11 @@ TEST_F(SliceHeader, EmulationPreventionIsRemoved) {
 }
 
 TEST_F(SliceHeader, AnUnreadableElementIsReportedOnceMoreByTheEntryPoint) {
+    const auto expect_failure = [this] { EXPECT_FALSE(ParseNal({0, 0, 1, 2, 1, 0x80})); };
+    InSilence(expect_failure);
     const FailingAllocations allocations(2);
     const TraceCapture trace;
-    EXPECT_FALSE(ParseNal({0, 0, 1, 2, 1, 0x80}));
+    expect_failure();
     EXPECT_THAT(trace.Errors(), ElementsAre(Unreadable("slice_pic_parameter_set_id"), kFailed));
     EXPECT_EQ(trace.messages()[trace.messages().size() - 2].function, "_parse_slice_header");
     EXPECT_EQ(trace.messages().back().function, "H265Lib_Parse_slice_header_nal");

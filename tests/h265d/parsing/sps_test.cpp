@@ -7,6 +7,7 @@
 #include "support/entry_point.h"
 #include "support/fields.h"
 #include "support/nal_unit.h"
+#include "support/silence.h"
 #include "support/sps_syntax.h"
 
 namespace test {
@@ -57,6 +58,7 @@ class Sps : public testing::Test {
         ASSERT_THAT(trace.messages(), SizeIs(1));
         EXPECT_EQ(trace.Errors(), std::vector<std::string>{report});
         EXPECT_EQ(trace.messages()[0].function, "_parse_sps");
+        InSilence([this] { EXPECT_EQ(ParseBits(), -1); });
     }
 
  private:
@@ -357,6 +359,7 @@ TEST_F(Sps, ACutNalUnitAddsTheReportOfTheEntryPoint) {
                             "Failed to parse SPS NAL!\n"));
     EXPECT_EQ(trace.messages().back().function, "H265Lib_Parse_sps_nal");
     EXPECT_EQ(sps().sps_video_parameter_set_id, 1);
+    InSilence([&] { EXPECT_EQ(H265Lib_Parse_sps_nal(nal.data(), nal.size(), &sps()), FALSE); });
 }
 
 TEST_F(Sps, NullArgumentsOfTheEntryPointAreReportedAndFail) {

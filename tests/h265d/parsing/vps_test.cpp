@@ -9,6 +9,7 @@
 #include "support/fields.h"
 #include "support/nal_unit.h"
 #include "support/nested_syntax.h"
+#include "support/silence.h"
 
 namespace test {
 namespace {
@@ -158,6 +159,7 @@ class Vps : public testing::Test {
         ASSERT_THAT(trace.messages(), SizeIs(1));
         EXPECT_EQ(trace.Errors(), std::vector<std::string>{report});
         EXPECT_EQ(trace.messages()[0].function, "_parse_vps");
+        InSilence([this] { EXPECT_EQ(ParseBits(), -1); });
     }
 
     // A NAL unit of `length` bytes from its header on, filled by an extension of ones.
@@ -479,6 +481,7 @@ TEST_F(Vps, ACutNalUnitAddsTheReportOfTheEntryPoint) {
                             "Failed to parse VPS NAL!\n"));
     EXPECT_EQ(trace.messages().back().function, "H265Lib_Parse_vps_nal");
     EXPECT_EQ(vps().vps_reserved_0xffff_16bits, 0xFF7F);
+    InSilence([&] { EXPECT_EQ(H265Lib_Parse_vps_nal(nal.data(), nal.size(), &vps()), FALSE); });
 }
 
 TEST_F(Vps, NullArgumentsOfTheEntryPointAreReportedAndFail) {

@@ -7,6 +7,7 @@
 #include "support/interposed.h"
 #include "support/nal_unit.h"
 #include "support/samples.h"
+#include "support/silence.h"
 #include "support/trace_capture.h"
 
 namespace test {
@@ -112,6 +113,11 @@ void ExpectFailure(const Bytes &nal, const Outcome &outcome, const std::vector<s
         EXPECT_EQ(walk.Result(), outcome);
         EXPECT_EQ(trace.Errors(), errors);
         EXPECT_EQ(trace.Texts(4), warnings);
+        InSilence([&] {
+            Walk silent = before;
+            EXPECT_EQ(silent.Next(on_heap ? OnHeap(nal) : nal), FALSE);
+            EXPECT_EQ(silent.Result(), outcome);
+        });
     }
 }
 
@@ -258,6 +264,7 @@ TEST(SeiMessageScan, HalfAHeaderIsRefused) {
     EXPECT_EQ(walk.Result(), (Outcome{0, 0, 0, 0, kUntouched, FALSE}));
     EXPECT_THAT(trace.Errors(), ElementsAre("Failed to get SODB from RBSP. Output buffer is too small.\n"));
     EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("BufferLen >= 7")));
+    InSilence([] { EXPECT_EQ(Walk().Next({0, 0, 1, 0x4E}), FALSE); });
 }
 
 TEST(SeiMessageScan, BytesFFAreAddedToTheFieldBeforeThem) {
@@ -522,6 +529,14 @@ TEST(SeiMessageScan, FailedAllocationIsReported) {
     EXPECT_EQ(walk.Result(), (Outcome{0, 0, 0, 0, kUntouched, FALSE}));
     EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("pSEISodbBuffer = calloc(1, BufferLen)")));
     EXPECT_EQ(trace.messages().size(), 1u);
+    const Bytes nal = NalUnitOf(1025);
+    InSilence([&] {
+        Walk silent;
+        const FailingAllocations first(1);
+        EXPECT_EQ(H265Lib_DetermineSEIType(nal.data(), 1025, &silent.payload_offset, &silent.nal_type_offset,
+                                           &silent.header, &silent.suid, &silent.more),
+                  FALSE);
+    });
 }
 
 // The two messages that are limited in rate share the time at which one of them was last issued.

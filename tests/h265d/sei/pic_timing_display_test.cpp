@@ -124,9 +124,12 @@ TEST_F(PicTimingDisplay, CountsBeyondTheRecordStopAtItsEnd) {
 
 TEST_F(PicTimingDisplay, Level4PrintsNothing) {
     Show(1, 1, 1);
-    const TraceCapture trace(4);
-    H265Lib_Display_sei_pictiming(&pt_, &vui_);
-    EXPECT_THAT(trace.messages(), IsEmpty());
+    for (const int common : {0, 1}) {
+        pt_.du_common_cpb_removal_delay_flag = common;
+        const TraceCapture trace(4);
+        H265Lib_Display_sei_pictiming(&pt_, &vui_);
+        EXPECT_THAT(trace.messages(), IsEmpty());
+    }
 }
 
 TEST_F(PicTimingDisplay, NullPointersPrintNothing) {

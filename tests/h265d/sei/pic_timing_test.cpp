@@ -9,6 +9,7 @@
 #include "support/interposed.h"
 #include "support/nal_unit.h"
 #include "support/samples.h"
+#include "support/silence.h"
 #include "support/syntax.h"
 
 namespace test {
@@ -207,6 +208,7 @@ TEST_F(PicTimingSei, At510DecodingUnitsTheRecordIsFull) {
             const size_t increments = common ? 0 : std::min<size_t>(units - 1, 510);
             for (size_t i = increments; i < 510; i++)
                 ASSERT_EQ(pt_.du_cpb_removal_delay_increment_minus1[i], PrefilledValue<UINT64>()) << i;
+            InSilence([this] { EXPECT_EQ(Parse(syntax_.bits()), TRUE); });
         }
     }
 }
@@ -267,8 +269,10 @@ TEST_F(PicTimingSei, EntryPointRemovesEmulationPrevention) {
 TEST_F(PicTimingSei, EntryPointReportsTheReadersFailure) {
     SetLengths(17, 1, 1, 1);
     vui_.CpbDpbDelaysPresentFlag = 1;
+    const auto expect_failure = [this] { EXPECT_EQ(ParseNal({0, 0, 1, 0x4E, 1, 1, 1, 0x14, 0x80}), FALSE); };
+    InSilence(expect_failure);
     const TraceCapture trace(3);
-    EXPECT_EQ(ParseNal({0, 0, 1, 0x4E, 1, 1, 1, 0x14, 0x80}), FALSE);
+    expect_failure();
     EXPECT_THAT(trace.Errors(), ElementsAre(Unreadable("au_cpb_removal_delay_minus1"), kFailed));
     EXPECT_EQ(trace.messages().back().function, "H265Lib_Parse_sei_pictiming_nal");
 }
@@ -309,9 +313,13 @@ TEST_F(PicTimingSei, NullPointersAreReported) {
     bitbuffer_t bb{};
     const TraceCapture trace;
     EXPECT_EQ(H265Lib_Parse_sei_pictiming_nal(nullptr, 9, &message, &vui_, &pt_), FALSE);
-    EXPECT_EQ(H265Lib_Parse_sei_pictiming_nal(nal.data(), 9, nullptr, nullptr, nullptr), FALSE);
+    EXPECT_EQ(H265Lib_Parse_sei_pictiming_nal(nal.data(), 9, nullptr, &vui_, &pt_), FALSE);
+    EXPECT_EQ(H265Lib_Parse_sei_pictiming_nal(nal.data(), 9, &message, nullptr, &pt_), FALSE);
+    EXPECT_EQ(H265Lib_Parse_sei_pictiming_nal(nal.data(), 9, &message, &vui_, nullptr), FALSE);
     EXPECT_EQ(_parse_sei_pic_timing(nullptr, &message, &vui_, &pt_), FALSE);
-    EXPECT_EQ(_parse_sei_pic_timing(&bb, nullptr, nullptr, nullptr), FALSE);
+    EXPECT_EQ(_parse_sei_pic_timing(&bb, nullptr, &vui_, &pt_), FALSE);
+    EXPECT_EQ(_parse_sei_pic_timing(&bb, &message, nullptr, &pt_), FALSE);
+    EXPECT_EQ(_parse_sei_pic_timing(&bb, &message, &vui_, nullptr), FALSE);
     EXPECT_THAT(trace.Assertions(),
                 ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("pMsgHeader != NULL"),
                             AssertionOf("pVUI != NULL"), AssertionOf("pPt != NULL"),
