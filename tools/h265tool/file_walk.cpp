@@ -2,7 +2,6 @@
 
 #include <system_error>
 
-#include "annexb_scanner.h"
 #include "input.h"
 #include "output.h"
 #include "progress.h"
@@ -10,24 +9,22 @@
 #include "report.h"
 
 namespace h265tool {
-namespace {
+std::string FileName(const std::string &file) {
+    return file == "-" ? "standard input" : file;
+}
 
-void Walk(const std::string &file, const std::function<void(const NalUnit &)> &take) {
-    NalUnitCollector collector(UnitReader::HeadSize, take);
-    AnnexBScanner scanner(collector);
+uint64_t ScanFile(const std::string &file, NalUnitSink *sink) {
+    AnnexBScanner scanner(*sink);
     Input input(file);
     Progress progress(input.Size());
+    uint64_t size = 0;
     for (auto chunk = input.Read(); !chunk.empty(); chunk = input.Read()) {
         scanner.Scan(chunk);
+        size += chunk.size();
         progress.Advance(chunk.size());
     }
     scanner.Finish();
-}
-
-}  // namespace
-
-std::string FileName(const std::string &file) {
-    return file == "-" ? "standard input" : file;
+    return size;
 }
 
 ExitStatus WalkFile(const std::string &file, const std::function<void(const NalUnit &)> &take,
@@ -35,7 +32,8 @@ ExitStatus WalkFile(const std::string &file, const std::function<void(const NalU
     ExitStatus status = kAllWell;
     std::string reason;
     try {
-        Walk(file, take);
+        NalUnitCollector collector(UnitReader::HeadSize, take);
+        ScanFile(file, &collector);
     } catch (const OutputError &) {
         throw;
     } catch (const std::system_error &error) {

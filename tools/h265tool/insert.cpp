@@ -1,59 +1,26 @@
 #include "insert.h"
 
-#include <sys/stat.h>
-
-#include "annexb_scanner.h"
 #include "file_walk.h"
-#include "input.h"
 #include "insert/access_units.h"
 #include "insert/messages.h"
-#include "insert/output_file.h"
 #include "insert/request.h"
 #include "insert/rewriter.h"
-#include "insert/spool.h"
-#include "progress.h"
 #include "report.h"
+#include "rewriting/output_file.h"
+#include "rewriting/spool.h"
+#include "rewriting/stream_rewriting.h"
 #include "text.h"
 #include "unit_error.h"
 
 namespace h265tool {
 namespace {
 
-// A source that the output would take the place of, by whatever name.
-void CheckOverwriting(const std::string &source, const std::string &out) {
-    struct stat in_status {};
-    struct stat out_status {};
-    const int in_result = source == "-" ? fstat(0, &in_status) : stat(source.c_str(), &in_status);
-    if (in_result == 0 && stat(out.c_str(), &out_status) == 0 && S_ISREG(in_status.st_mode) &&
-        in_status.st_dev == out_status.st_dev && in_status.st_ino == out_status.st_ino)
-        throw UsageError(out, Text("it is the same file as ", FileName(source)));
-}
-
-// Hands the stream to `sink`; returns its size.
-uint64_t Scan(const std::string &path, NalUnitSink *sink) {
-    AnnexBScanner scanner(*sink);
-    Input input(path);
-    Progress progress(input.Size());
-    uint64_t size = 0;
-    for (auto chunk = input.Read(); !chunk.empty(); chunk = input.Read()) {
-        scanner.Scan(chunk);
-        size += chunk.size();
-        progress.Advance(chunk.size());
-    }
-    scanner.Finish();
-    return size;
-}
-
 StreamLayout FindLayout(const std::string &path) {
     AccessUnitSplitter splitter;
     NalUnitCollector collector(AccessUnitSplitter::HeadSize, [&](const NalUnit &unit) {
-        try {
-            splitter.Take(unit);
-        } catch (const UnitError &error) {
-            throw UnitError(Text("NAL unit at offset ", unit.offset, ": ", error.what()));
-        }
+        WithPlace(unit.offset, [&] { splitter.Take(unit); });
     });
-    Scan(path, &collector);
+    ScanFile(path, &collector);
     return splitter.Finish();
 }
 
@@ -83,7 +50,7 @@ void Process(const InsertOptions &options) {
     OutputFile out(options.out);
     Rewriter rewriter(request, layout, messages,
                       [&out](std::span<const unsigned char> bytes) { out.Write(bytes); });
-    const uint64_t size = Scan(source.path(), &rewriter);
+    const uint64_t size = ScanFile(source.path(), &rewriter);
     rewriter.Finish(size);
     out.Commit();
     ReportKept(messages, layout);
@@ -93,24 +60,7 @@ void Process(const InsertOptions &options) {
 }  // namespace
 
 ExitStatus Insert(const InsertOptions &options) {
-    const std::string source = FileName(options.file);
-    try {
-        Process(options);
-        return kAllWell;
-    } catch (const UsageError &error) {
-        Report(error.subject(), error.what());
-    } catch (const OutputFileError &error) {
-        Report(options.out, error.code().message());
-    } catch (const std::system_error &error) {
-        Report(source, error.code().message());
-    } catch (const NotAByteStream &error) {
-        Report(source, error.what());
-        return kStreamError;
-    } catch (const UnitError &error) {
-        Report(source, error.what());
-        return kStreamError;
-    }
-    return kFailure;
+    return RunRewriting(options.file, options.out, [&] { Process(options); });
 }
 
 }  // namespace h265tool

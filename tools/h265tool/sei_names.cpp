@@ -17,7 +17,7 @@ struct Payload {
 };
 
 constexpr auto kPayloads = std::to_array<Payload>({
-    {0, In::kPrefix, "buffering_period"},
+    {kBufferingPeriod, In::kPrefix, "buffering_period"},
     {kPicTiming, In::kPrefix, "pic_timing"},
     {2, In::kPrefix, "pan_scan_rect"},
     {3, In::kBoth, "filler_payload"},
@@ -36,7 +36,7 @@ constexpr auto kPayloads = std::to_array<Payload>({
     {56, In::kPrefix, "green_metadata"},
     {128, In::kPrefix, "structure_of_pictures_info"},
     {kActiveParameterSets, In::kPrefix, "active_parameter_sets"},
-    {130, In::kPrefix, "decoding_unit_info"},
+    {kDecodingUnitInfo, In::kPrefix, "decoding_unit_info"},
     {131, In::kPrefix, "temporal_sub_layer_zero_idx"},
     {132, In::kSuffix, "decoded_picture_hash"},
     {133, In::kPrefix, "scalable_nesting"},

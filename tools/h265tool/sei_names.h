@@ -10,10 +10,12 @@ namespace h265tool {
 
 // payloadType: the values that the tool tells apart.
 enum SeiPayloadType : unsigned int {
+    kBufferingPeriod = 0,
     kPicTiming = 1,
     kUserDataRegistered = 4,
     kUserDataUnregistered = 5,
     kActiveParameterSets = 129,
+    kDecodingUnitInfo = 130,
     kTimeCode = 136,
 };
 

@@ -5,8 +5,10 @@
 #include <memory>
 
 #include "h265.h"
+#include "pic_struct.h"
 #include "text.h"
 #include "unit_error.h"
+#include "usage_error.h"
 
 namespace h265tool {
 namespace {
@@ -45,11 +47,6 @@ std::string At(const AccessUnit &access_unit, const std::string &reason) {
 
 bool HasDelays(const hrd_h265_t &hrd) {
     return hrd.nal_hrd_parameters_present_flag || hrd.vcl_hrd_parameters_present_flag;
-}
-
-// Table D.2: which pic_struct values are fields.
-bool IsField(unsigned char pic_struct) {
-    return pic_struct == 1 || pic_struct == 2 || pic_struct >= 9;
 }
 
 // source_scan_type as clause D.3.3 has it; where the profile leaves it to the pictures, by pic_struct.
@@ -140,7 +137,7 @@ void MessageBuilder::CheckPicTiming(const AccessUnit &access_unit) const {
                            "the delays of its picture timing are not known: "
                            "the SPS has an HRD, but there is no message to take them from"));
     const unsigned char pic_struct = PicStruct(access_unit);
-    if (IsField(pic_struct) != (vui.field_seq_flag != 0))
+    if (!FitsFieldSeq(pic_struct, vui.field_seq_flag))
         throw UnitError(At(access_unit, Text("pic_struct ", pic_struct, " does not fit field_seq_flag ",
                                              vui.field_seq_flag)));
 }

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "insert/access_units.h"
-#include "insert/rate.h"
 #include "insert/request.h"
+#include "rate.h"
 
 namespace h265tool {
 

@@ -2,34 +2,22 @@
 
 #include <charconv>
 #include <sstream>
-#include <system_error>
+#include <string>
 
-#include "input.h"
 #include "insert/utc.h"
+#include "pic_struct.h"
 #include "text.h"
+#include "text_file.h"
+#include "usage_error.h"
 
 namespace h265tool {
 namespace {
-
-constexpr unsigned int kMaxPicStruct = 12;  // Table D.2
 
 TimeCode ReadTimeCode(const std::string &option, const std::string &text) {
     const std::optional<TimeCode> time_code = ParseTimeCode(text);
     if (!time_code.has_value())
         throw UsageError(option, Text("\"", text, "\" is no time code (HH:MM:SS:FF or HH:MM:SS;FF)"));
     return *time_code;
-}
-
-std::string FileText(const std::string &path) {
-    try {
-        std::string text;
-        Input file(path);
-        for (auto chunk = file.Read(); !chunk.empty(); chunk = file.Read())
-            text.append(chunk.begin(), chunk.end());
-        return text;
-    } catch (const std::system_error &error) {
-        throw UsageError(path, error.code().message());
-    }
 }
 
 std::vector<CaptionPair> ReadCaptions(const std::string &path, const TimeCode &start) {
@@ -82,11 +70,8 @@ Request MakeRequest(const InsertOptions &options) {
     request.end_of_sequence = options.eos;
     request.replace = options.replace;
     request.active_format = options.afd;
-    if (options.rate.has_value()) {
-        request.rate = ParseRate(*options.rate);
-        if (!request.rate.has_value())
-            throw UsageError("--rate", Text("\"", *options.rate, "\" is no rate (N or N/D)"));
-    }
+    if (options.rate.has_value())
+        request.rate = RateOption("--rate", *options.rate);
     if (options.time_code.has_value())
         request.time_code = ReadTimeCode("--timecode", *options.time_code);
     if (options.precision_time.has_value()) {

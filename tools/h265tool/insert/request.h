@@ -5,28 +5,15 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
-#include <string>
 #include <vector>
 
 #include "insert.h"
-#include "insert/rate.h"
 #include "insert/scc.h"
 #include "insert/sei_messages.h"
 #include "insert/time_code.h"
+#include "rate.h"
 
 namespace h265tool {
-
-// Something in the call is wrong: `subject` names the option or the file.
-class UsageError : public std::runtime_error {
- public:
-    UsageError(std::string subject, const std::string &reason)
-        : std::runtime_error(reason), subject_(std::move(subject)) {}
-    const std::string &subject() const { return subject_; }
-
- private:
-    std::string subject_;
-};
 
 struct Request {
     std::optional<std::vector<CaptionPair>> captions;

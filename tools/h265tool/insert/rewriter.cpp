@@ -1,17 +1,16 @@
 #include "insert/rewriter.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace h265tool {
 
 Rewriter::Rewriter(const Request &request, const StreamLayout &layout, const MessageBuilder &messages,
-                   Write write)
+                   WriteBytes write)
     : request_(request), layout_(layout), messages_(messages), write_(std::move(write)) {}
 
 void Rewriter::Begin(uint64_t offset, unsigned int start_code_length) {
-    PutZeros(offset - (unit_.offset + unit_.size));
+    WriteZeros(write_, offset - (unit_.offset + unit_.size));
     unit_.offset = offset;
     unit_.size = start_code_length;
     unit_.start_code_length = start_code_length;
@@ -79,7 +78,7 @@ void Rewriter::Drop() {
 void Rewriter::PassHeld() {
     held_ = false;
     const bool stands_first = std::exchange(at_start_, false) && start_dropped_;
-    PutZeros(stands_first && unit_.start_code_length == 3 ? 1 : 0);
+    WriteZeros(write_, stands_first && unit_.start_code_length == 3 ? 1 : 0);
     write_(unit_.head);
 }
 
@@ -105,18 +104,12 @@ void Rewriter::InsertInFront() {
 
 void Rewriter::Insert(const NalUnitBytes &nal_unit) {
     const bool has_zero_byte = nal_unit[2] == 0;
-    PutZeros(std::exchange(at_start_, false) && !has_zero_byte ? 1 : 0);
+    WriteZeros(write_, std::exchange(at_start_, false) && !has_zero_byte ? 1 : 0);
     write_(nal_unit);
 }
 
-void Rewriter::PutZeros(uint64_t count) {
-    static constexpr std::array<unsigned char, 4096> kZeros{};
-    for (; count > 0; count -= std::min<uint64_t>(count, kZeros.size()))
-        write_(std::span(kZeros).first(std::min<uint64_t>(count, kZeros.size())));
-}
-
 void Rewriter::Finish(uint64_t size) {
-    PutZeros(size - (unit_.offset + unit_.size));
+    WriteZeros(write_, size - (unit_.offset + unit_.size));
     if (request_.end_of_sequence && layout_.end_of_sequence == units_)
         Insert(messages_.EndOfSequence());
 }

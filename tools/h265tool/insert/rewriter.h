@@ -3,7 +3,6 @@
 #ifndef H265TOOL_INSERT_REWRITER_H
 #define H265TOOL_INSERT_REWRITER_H
 
-#include <functional>
 #include <span>
 #include <vector>
 
@@ -12,16 +11,16 @@
 #include "insert/messages.h"
 #include "insert/request.h"
 #include "nal_unit.h"
+#include "rewriting/write_bytes.h"
 
 namespace h265tool {
 
 // NAL units that nothing is taken out of pass through byte for byte, as the zero bytes between them do.
 class Rewriter : public NalUnitSink {
  public:
-    using Write = std::function<void(std::span<const unsigned char>)>;
-
     // The arguments have to outlive the object.
-    Rewriter(const Request &request, const StreamLayout &layout, const MessageBuilder &messages, Write write);
+    Rewriter(const Request &request, const StreamLayout &layout, const MessageBuilder &messages,
+             WriteBytes write);
 
     void Begin(uint64_t offset, unsigned int start_code_length) override;
     void Bytes(std::span<const unsigned char> bytes) override;
@@ -37,12 +36,11 @@ class Rewriter : public NalUnitSink {
     void PassOrDrop();
     void Drop();
     void Insert(const NalUnitBytes &nal_unit);
-    void PutZeros(uint64_t count);
 
     const Request &request_;
     const StreamLayout &layout_;
     const MessageBuilder &messages_;
-    Write write_;
+    WriteBytes write_;
 
     uint64_t units_ = 0;  // before the current one
     size_t next_access_unit_ = 0;

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "bitbuffer.h"
+#include "reading/rbsp.h"
 #include "reading/sei_walk.h"
 #include "sei_names.h"
 
@@ -39,17 +40,6 @@ SeiKind KindOf(uint64_t payload_type, std::span<const unsigned char> payload) {
     if (payload_type == kUserDataUnregistered && StartsWith(payload, kPrecisionTimeUuid))
         return SeiKind::kPrecisionTime;
     return SeiKind::kOther;
-}
-
-// The bytes behind the NAL unit header without emulation prevention.
-Bytes Rbsp(const NalUnit &unit) {
-    const std::span behind_start_code = unit.HeadBehindStartCode();
-    Bytes rbsp(behind_start_code.size());
-    const auto length = static_cast<unsigned int>(behind_start_code.size());
-    const int count =
-        H265Lib_SODB_deencapsulation_from_NAL(behind_start_code.data(), length, rbsp.data(), length);
-    rbsp.resize(static_cast<size_t>(std::max(count, 0)));
-    return rbsp;
 }
 
 }  // namespace

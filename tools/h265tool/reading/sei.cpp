@@ -7,6 +7,7 @@
 
 #include "bitbuffer.h"
 #include "parameter_sets.h"
+#include "reading/rbsp.h"
 #include "reading/sei_walk.h"
 #include "sei_names.h"
 #include "text.h"
@@ -156,12 +157,7 @@ bool Sei::HasUnreadTiming() const {
 }
 
 Sei ReadSei(const NalUnit &unit, Diagnostics *diagnostics) {
-    const std::span nal = unit.HeadBehindStartCode();
-    std::vector<unsigned char> rbsp(nal.size());
-    const auto size = static_cast<unsigned int>(nal.size());
-    const int length = H265Lib_SODB_deencapsulation_from_NAL(nal.data(), size, rbsp.data(), size);
-    rbsp.resize(static_cast<size_t>(std::max(length, 0)));
-
+    const std::vector<unsigned char> rbsp = Rbsp(unit);
     SeiWalk walk = WalkSei(rbsp);
     Sei sei;
     sei.error = unit.IsWhole() ? std::move(walk.error)

@@ -33,6 +33,9 @@ class UnitReader {
     // theirs: that of the slice before them, else the only one of the stream.
     void ReadPicTimings(const Slice *slice, Sei *sei);
 
+    // For other calls of the library while the reader is alive: there is one at a time.
+    Diagnostics *diagnostics() { return &diagnostics_; }
+
     // How many bytes Read needs behind the start code of a NAL unit of this type.
     static size_t HeadSize(unsigned int nal_unit_type);
 

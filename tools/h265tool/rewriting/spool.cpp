@@ -1,4 +1,4 @@
-#include "insert/spool.h"
+#include "rewriting/spool.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

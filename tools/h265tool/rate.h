@@ -1,7 +1,7 @@
 // Picture rates as exact fractions.
 
-#ifndef H265TOOL_INSERT_RATE_H
-#define H265TOOL_INSERT_RATE_H
+#ifndef H265TOOL_RATE_H
+#define H265TOOL_RATE_H
 
 #include <cstdint>
 #include <optional>
@@ -26,6 +26,9 @@ struct Rate {
 std::optional<Rate> MakeRate(uint64_t numerator, uint64_t denominator);
 
 std::optional<Rate> ParseRate(const std::string &text);  // N[/D]
+
+// The value of an option. Throws UsageError.
+Rate RateOption(const std::string &option, const std::string &text);
 
 std::optional<Rate> RateOf(const vui_h265_t &vui);  // vui_time_scale / vui_num_units_in_tick
 

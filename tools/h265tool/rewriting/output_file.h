@@ -1,7 +1,7 @@
 // A file that appears as a whole or not at all.
 
-#ifndef H265TOOL_INSERT_OUTPUT_FILE_H
-#define H265TOOL_INSERT_OUTPUT_FILE_H
+#ifndef H265TOOL_REWRITING_OUTPUT_FILE_H
+#define H265TOOL_REWRITING_OUTPUT_FILE_H
 
 #include <span>
 #include <string>

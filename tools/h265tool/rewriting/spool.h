@@ -1,7 +1,7 @@
 // A stream that can be read twice.
 
-#ifndef H265TOOL_INSERT_SPOOL_H
-#define H265TOOL_INSERT_SPOOL_H
+#ifndef H265TOOL_REWRITING_SPOOL_H
+#define H265TOOL_REWRITING_SPOOL_H
 
 #include <string>
 

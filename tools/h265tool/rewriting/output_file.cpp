@@ -1,4 +1,4 @@
-#include "insert/output_file.h"
+#include "rewriting/output_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

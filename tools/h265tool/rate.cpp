@@ -1,9 +1,10 @@
-#include "insert/rate.h"
+#include "rate.h"
 
 #include <charconv>
 #include <numeric>
 
 #include "text.h"
+#include "usage_error.h"
 
 namespace h265tool {
 namespace {
@@ -40,6 +41,13 @@ std::optional<Rate> ParseRate(const std::string &text) {
     if (error != std::errc{} || at != end)
         return std::nullopt;
     return MakeRate(numerator, denominator);
+}
+
+Rate RateOption(const std::string &option, const std::string &text) {
+    const std::optional<Rate> rate = ParseRate(text);
+    if (!rate.has_value())
+        throw UsageError(option, h265tool::Text("\"", text, "\" is no rate (N or N/D)"));
+    return *rate;
 }
 
 std::optional<Rate> RateOf(const vui_h265_t &vui) {

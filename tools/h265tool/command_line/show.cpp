@@ -1,0 +1,37 @@
+#include "command_line/verbs.h"
+
+namespace h265tool {
+namespace {
+
+constexpr char kShowDescription[] =
+    "Prints the parameter sets and the picture timing of an H.265 byte stream as the library's\n"
+    "displays have them, an element a line: VPS, SPS, PPS and picture timing, or those that\n"
+    "are asked for.";
+
+constexpr char kShowDefinitions[] = R"(
+Picture timing comes with the first slice of its access unit, behind the parameter
+sets in front of that. Layers above the base layer are not shown. What cannot be
+parsed is reported on standard error.
+)";
+
+}  // namespace
+
+CLI::App *AddShow(CLI::App *app, ShowOptions *options) {
+    CLI::App *const verb = app->add_subcommand("show", kShowDescription);
+    verb->add_option("FILE", options->file, "The stream; - reads standard input")->required();
+    verb->add_flag("--vps", options->vps, "Video parameter sets");
+    verb->add_flag("--sps", options->sps, "Sequence parameter sets");
+    verb->add_flag("--pps", options->pps, "Picture parameter sets");
+    verb->add_flag("--sei", options->sei, "Picture timing SEI messages");
+    verb->add_option("--level", options->level,
+                     "5: the sets' own elements; 6: with those of the structures in them; 7: with the\n"
+                     "steps of the displays [6]")
+        ->type_name("N")
+        ->check(CLI::Range(0, 8));
+    verb->add_flag("--all", options->all, "Also parameter sets that equal an earlier one");
+    verb->add_flag("--tags", options->tags, "Start lines with channel, level, function, file and line");
+    verb->footer(std::string(kShowDefinitions) + kExitStatus);
+    return verb;
+}
+
+}  // namespace h265tool
