@@ -7,6 +7,7 @@
 #include "insert/rewriter.h"
 #include "sample_units.h"
 #include "unit_error.h"
+#include "usage_error.h"
 
 namespace h265tool {
 namespace {
@@ -44,15 +45,8 @@ const Bytes kAudUnit = {0, 0, 0, 1, 0x46, 1, 0x50};
 const Bytes kAfdMessage = {4, 9, 0xB5, 0, 0x31, 'D', 'T', 'G', '1', 0x41, 0xF8};
 const Bytes kOtherMessage = {137, 2, 0, 0};
 
-Bytes Concatenated(const std::vector<Bytes> &parts) {
-    Bytes whole;
-    for (const Bytes &part : parts)
-        whole.insert(whole.end(), part.begin(), part.end());
-    return whole;
-}
-
 Bytes SeiUnit(const std::vector<Bytes> &messages, const Bytes &start = {0, 0, 1, 0x4E, 1}) {
-    return Concatenated({start, Concatenated(messages), {0x80}});
+    return Joined({start, Joined(messages), {0x80}});
 }
 
 StreamLayout LayoutOf(const Bytes &stream) {
@@ -66,7 +60,7 @@ StreamLayout LayoutOf(const Bytes &stream) {
 }
 
 StreamLayout LayoutOf(const std::vector<Bytes> &units) {
-    return LayoutOf(Concatenated(units));
+    return LayoutOf(Joined(units));
 }
 
 std::vector<uint64_t> FirstUnits(const StreamLayout &layout) {
@@ -179,59 +173,59 @@ TEST(Placement, OfADelimiterIsInFrontOfAll) {
     request.end_of_sequence = true;
     const Bytes zeros = {0, 0, 0, 0};
     const Bytes idr_delimiter = {0, 0, 0, 1, 0x46, 1, 0x10};
-    EXPECT_EQ(Rewritten(request, Concatenated({kSpsUnit, kPpsUnit, kIdr, zeros, kAudUnit, kIdr, zeros,
-                                               kEobUnit, zeros})),
-              Concatenated({idr_delimiter,
-                            kSpsUnit,
-                            kPpsUnit,
-                            kIdr,
-                            zeros,
-                            kAudUnit,
-                            kIdr,
-                            {0, 0, 0},
-                            kEosUnit,
-                            {0},
-                            kEobUnit,
-                            zeros}));
+    EXPECT_EQ(
+        Rewritten(request, Joined({kSpsUnit, kPpsUnit, kIdr, zeros, kAudUnit, kIdr, zeros, kEobUnit, zeros})),
+        Joined({idr_delimiter,
+                kSpsUnit,
+                kPpsUnit,
+                kIdr,
+                zeros,
+                kAudUnit,
+                kIdr,
+                {0, 0, 0},
+                kEosUnit,
+                {0},
+                kEobUnit,
+                zeros}));
     request.replace = true;
-    EXPECT_EQ(Rewritten(request, Concatenated({kSpsUnit, kPpsUnit, kAudUnit, kIdr})),
-              Concatenated({idr_delimiter, kSpsUnit, kPpsUnit, kIdr, kEosUnit}));
+    EXPECT_EQ(Rewritten(request, Joined({kSpsUnit, kPpsUnit, kAudUnit, kIdr})),
+              Joined({idr_delimiter, kSpsUnit, kPpsUnit, kIdr, kEosUnit}));
 }
 
 TEST(Placement, OfAMessageIsInFrontOfTheFirstSlice) {
     const Bytes afd = {0, 0, 1, 0x4E, 1, 4, 9, 0xB5, 0, 0x31, 'D', 'T', 'G', '1', 0x41, 0xFA, 0x80};
     const Bytes other = SeiUnit({kOtherMessage});
     const Request request = ReplaceAfd();
-    EXPECT_EQ(Rewritten(request, Concatenated({kSpsUnit, kPpsUnit, other, kIdr})),
-              Concatenated({kSpsUnit, kPpsUnit, other, afd, kIdr}));
+    EXPECT_EQ(Rewritten(request, Joined({kSpsUnit, kPpsUnit, other, kIdr})),
+              Joined({kSpsUnit, kPpsUnit, other, afd, kIdr}));
     // as the first NAL unit of its access unit, with a zero_byte
-    EXPECT_EQ(Rewritten(request, Concatenated({kSpsUnit, kPpsUnit, kIdr, kIdr})),
-              Concatenated({kSpsUnit, kPpsUnit, afd, kIdr, {0}, afd, kIdr}));
+    EXPECT_EQ(Rewritten(request, Joined({kSpsUnit, kPpsUnit, kIdr, kIdr})),
+              Joined({kSpsUnit, kPpsUnit, afd, kIdr, {0}, afd, kIdr}));
 }
 
 TEST(Placement, ReplacesMessageByMessage) {
     const Bytes afd = {0, 0, 1, 0x4E, 1, 4, 9, 0xB5, 0, 0x31, 'D', 'T', 'G', '1', 0x41, 0xFA, 0x80};
     const Bytes zeros_message = {137, 4, 0, 0, 3, 1, 5};  // written with emulation prevention
-    EXPECT_EQ(Rewritten(ReplaceAfd(), Concatenated({kSpsUnit, kPpsUnit,
-                                                    SeiUnit({zeros_message, kAfdMessage, {6, 1, 7}}), kIdr})),
-              Concatenated({kSpsUnit, kPpsUnit, SeiUnit({zeros_message, {6, 1, 7}}), afd, kIdr}));
+    EXPECT_EQ(Rewritten(ReplaceAfd(),
+                        Joined({kSpsUnit, kPpsUnit, SeiUnit({zeros_message, kAfdMessage, {6, 1, 7}}), kIdr})),
+              Joined({kSpsUnit, kPpsUnit, SeiUnit({zeros_message, {6, 1, 7}}), afd, kIdr}));
     // what comes to stand first gets a zero_byte
     const Bytes first = SeiUnit({kAfdMessage}, {0, 0, 0, 1, 0x4E, 1});
-    EXPECT_EQ(Rewritten(ReplaceAfd(),
-                        Concatenated({kSpsUnit, kPpsUnit, kIdr, first, SeiUnit({kOtherMessage}), kIdr})),
-              Concatenated({kSpsUnit, kPpsUnit, afd, kIdr, {0}, SeiUnit({kOtherMessage}), afd, kIdr}));
+    EXPECT_EQ(
+        Rewritten(ReplaceAfd(), Joined({kSpsUnit, kPpsUnit, kIdr, first, SeiUnit({kOtherMessage}), kIdr})),
+        Joined({kSpsUnit, kPpsUnit, afd, kIdr, {0}, SeiUnit({kOtherMessage}), afd, kIdr}));
 }
 
 TEST(Placement, KeepsWhatIsThereUnlessItIsReplaced) {
     Request request = ReplaceAfd();
     request.replace = false;
-    const Bytes stream = Concatenated({kSpsUnit, kPpsUnit, SeiUnit({kAfdMessage}), kIdr});
+    const Bytes stream = Joined({kSpsUnit, kPpsUnit, SeiUnit({kAfdMessage}), kIdr});
     EXPECT_EQ(Rewritten(request, stream), stream);
 }
 
 TEST(Placement, LeavesSeiAloneThatCannotBeRead) {
     const Bytes broken = SeiUnit({{4, 200, 0xB5}});
-    const Bytes stream = Concatenated({kSpsUnit, kPpsUnit, broken, kIdr, kIdr});
+    const Bytes stream = Joined({kSpsUnit, kPpsUnit, broken, kIdr, kIdr});
     Request request;
     request.replace = true;
     request.precision_time = 0;
@@ -245,13 +239,13 @@ TEST(Placement, LeavesSeiAloneThatCannotBeRead) {
 TEST(Placement, NeedsARateWhenTheStreamTellsNone) {
     Request request;
     request.precision_time = 0;
-    EXPECT_THROW(Rewritten(request, Concatenated({kSpsUnit, kPpsUnit, kIdr})), UsageError);
+    EXPECT_THROW(Rewritten(request, Joined({kSpsUnit, kPpsUnit, kIdr})), UsageError);
 }
 
 TEST(Placement, GivesMessagesTheTemporalIdOfThePicture) {
     Bytes trail = Picture(kTrail, 1, 1);
     trail[trail[2] == 1 ? 4 : 5] = 3;
-    const Bytes out = Rewritten(ReplaceAfd(), Concatenated({kSpsUnit, kPpsUnit, kIdr, trail}));
+    const Bytes out = Rewritten(ReplaceAfd(), Joined({kSpsUnit, kPpsUnit, kIdr, trail}));
     const Bytes header = {0, 0, 0, 1, 0x4E, 3, 4, 9};
     EXPECT_NE(std::search(out.begin(), out.end(), header.begin(), header.end()), out.end());
 }

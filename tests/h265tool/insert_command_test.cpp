@@ -2,15 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
-#include "annexb_scanner.h"
+#include "command_test.h"
 #include "insert/sei_messages.h"
 #include "nal_unit.h"
-#include "run_tool.h"
+#include "sample_units.h"
 
 namespace h265tool {
 namespace {
@@ -20,22 +18,8 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-// A directory of its own, which shows what was left behind.
-class InsertCommand : public testing::Test {
+class InsertCommand : public CommandTest {
  protected:
-    InsertCommand() {
-        std::string name = testing::TempDir() + "h265tool-insert-XXXXXX";
-        directory_ = mkdtemp(name.data());
-    }
-    ~InsertCommand() override { std::filesystem::remove_all(directory_); }
-
-    std::string Path(const std::string &name) const { return directory_ + "/" + name; }
-
-    std::string Written(const std::string &name, const std::string &text) const {
-        std::ofstream(Path(name)) << text;
-        return Path(name);
-    }
-
     Outcome Insert(const std::string &in, const std::string &options) const {
         return Shell("TOOL insert '" + in + "' -o '" + Path("out.hevc") + "' " + options);
     }
@@ -48,26 +32,7 @@ class InsertCommand : public testing::Test {
         EXPECT_THAT(Shell("TOOL inspect '" + Path("out.hevc") + "' >/dev/null").status, 0) << options;
         return FileBytes(Path("out.hevc"));
     }
-
-    std::vector<std::string> Files() const {
-        std::vector<std::string> names;
-        for (const auto &entry : std::filesystem::directory_iterator(directory_))
-            names.push_back(entry.path().filename().string());
-        return names;
-    }
-
-    std::string directory_;
 };
-
-std::vector<NalUnit> Units(const Bytes &stream) {
-    std::vector<NalUnit> units;
-    NalUnitCollector collector([](unsigned int) { return SIZE_MAX; },
-                               [&units](const NalUnit &unit) { units.push_back(unit); });
-    AnnexBScanner scanner(collector);
-    scanner.Scan(stream);
-    scanner.Finish();
-    return units;
-}
 
 SeiKind KindOf(const NalUnit &unit) {
     if (!IsBaseLayerSei(unit))
@@ -325,11 +290,9 @@ TEST_F(InsertCommand, RefusesStreamsThatCannotHaveIt) {
 }
 
 TEST_F(InsertCommand, LeavesNothingBehindWhenItFails) {
-    const std::string broken = Path("broken.hevc");
     Bytes bytes = FileBytes(Sample("slices.hevc"));
     bytes.insert(bytes.end(), {0, 0, 1, 2, 1, 0x00, 0x01});
-    std::ofstream(broken, std::ios::binary)
-        .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    const std::string broken = Written("broken.hevc", bytes);
     const Outcome outcome = Insert(broken, "--aud");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, HasSubstr(broken + ": NAL unit at offset "));

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "insert/rate.h"
 #include "insert/time_code.h"
 #include "insert/utc.h"
+#include "rate.h"
 
 namespace h265tool {
 namespace {

@@ -64,7 +64,7 @@ class Streams:
     """The samples, and streams made of them in a directory of their own."""
 
     def __init__(self, samples, tool, directory):
-        self.samples, self.tool, self.directory = samples, tool, pathlib.Path(directory)
+        self.samples, self.tool, self.directory = samples, tool, directory
         self.scc = self.directory / "captions.scc"
         self.scc.write_text(CAPTIONS)
 
@@ -174,8 +174,8 @@ RECEIVERS = {
 }
 
 
-def main():
-    programs, checks = RECEIVERS[sys.argv[1]]
+def run_checks(programs, checks, make_streams):
+    """The exit status. make_streams has the arguments samples directory, tool and directory to write to."""
     for program in programs:
         if shutil.which(program) is None:
             print(f"SKIPPED: {program} is not there")
@@ -184,7 +184,7 @@ def main():
         print("SKIPPED: GStreamer has no h265parse here")
         return SKIPPED
     with tempfile.TemporaryDirectory() as directory:
-        streams = Streams(pathlib.Path(sys.argv[2]).resolve(), sys.argv[3:], directory)
+        streams = make_streams(pathlib.Path(sys.argv[2]).resolve(), sys.argv[3:], pathlib.Path(directory))
         for check in checks:
             before = len(problems)
             check(streams)
@@ -195,4 +195,4 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_checks(*RECEIVERS[sys.argv[1]], Streams))

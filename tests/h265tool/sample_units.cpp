@@ -1,5 +1,7 @@
 #include "sample_units.h"
 
+#include "annexb_scanner.h"
+
 namespace h265tool {
 
 using test::BitString;
@@ -65,6 +67,23 @@ NalUnit UnitOf(const test::Bytes &bytes) {
     unit.start_code_length = bytes[2] == 1 ? 3 : 4;
     unit.head = bytes;
     return unit;
+}
+
+test::Bytes Joined(const std::vector<test::Bytes> &units) {
+    test::Bytes stream;
+    for (const test::Bytes &unit : units)
+        stream.insert(stream.end(), unit.begin(), unit.end());
+    return stream;
+}
+
+std::vector<NalUnit> Units(const test::Bytes &stream) {
+    std::vector<NalUnit> units;
+    NalUnitCollector collector([](unsigned int) { return SIZE_MAX; },
+                               [&units](const NalUnit &unit) { units.push_back(unit); });
+    AnnexBScanner scanner(collector);
+    scanner.Scan(stream);
+    scanner.Finish();
+    return units;
 }
 
 }  // namespace h265tool

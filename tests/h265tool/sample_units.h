@@ -38,6 +38,10 @@ NalUnit Unit(unsigned int nal_unit_type, test::BitString payload);
 
 NalUnit UnitOf(const test::Bytes &bytes);  // start code included
 
+// A stream made of NAL units, and the NAL units of a stream, as a whole.
+test::Bytes Joined(const std::vector<test::Bytes> &units);
+std::vector<NalUnit> Units(const test::Bytes &stream);
+
 }  // namespace h265tool
 
 #endif

@@ -36,13 +36,6 @@ constexpr char kNarrow[] =
     "pic_timing: bottom field, unknown scan, duplicate, CPB removal delay 3, DPB output delay 28\n";
 constexpr char kUnknown[] = "pic_timing (2 bytes): not parsed: its SPS is not there\n";
 
-Bytes Joined(std::initializer_list<Bytes> units) {
-    Bytes stream;
-    for (const Bytes &unit : units)
-        stream.insert(stream.end(), unit.begin(), unit.end());
-    return stream;
-}
-
 // The lines about picture timing.
 std::string Timings(std::initializer_list<Bytes> units) {
     const TemporaryFile file(Joined(units));
