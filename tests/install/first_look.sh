@@ -1,7 +1,7 @@
 #!/bin/bash
 # Runs an installed h265tool as the README's first look does, and compares the lines that the README shows.
 #
-#   first_look.sh H265TOOL
+#   first_look.sh H265TOOL        (one word, or more when something runs it)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
@@ -9,5 +9,5 @@ shown=$(sed -n '/^    \$ .*h265tool inspect /,/^    \.\.\.$/s/^    //p' README.m
 sample=$(head -n 1 <<<"$shown" | grep -o 'tests/samples/.*')
 expected=$(sed '1d;$d' <<<"$shown")
 
-printed=$("$1" inspect "$sample")
+printed=$("$@" inspect "$sample")
 diff <(echo "$expected") <(head -n "$(wc -l <<<"$expected")" <<<"$printed" | sed 's/ *$//')
