@@ -8,11 +8,17 @@ declare -A packages=(
   # compiles everything but the benchmarks
   [build]="cmake g++ libcli11-dev libgmock-dev libgtest-dev ninja-build nlohmann-json3-dev"
   # what the tests run beside it
-  [test]="binutils ffmpeg gstreamer1.0-plugins-bad gstreamer1.0-plugins-base gstreamer1.0-plugins-good
+  [test]="abigail-tools binutils ffmpeg gstreamer1.0-plugins-bad gstreamer1.0-plugins-base gstreamer1.0-plugins-good
     gstreamer1.0-tools pkg-config python3"
-  # the other compilers, the AArch64 cross build with its emulator, and the checks of the sources
-  [ci]="clang clang-format clang-tidy g++-aarch64-linux-gnu git googletest qemu-user shellcheck"
+  # the other compilers, the AArch64 cross build with its emulator, Valgrind, and the checks of the sources
+  [ci]="clang clang-format clang-tidy g++-aarch64-linux-gnu gcovr git googletest qemu-user shellcheck valgrind"
   [bench]="libbenchmark-dev"
+  # makes the Debian packages, for AArch64 too, and the source tarball, and tries them
+  [packages]="binutils fakeroot g++-aarch64-linux-gnu git lintian pkg-config python3 qemu-user xz-utils"
+  # the API reference, and the check of the man pages
+  [docs]="doxygen groff-base"
+  # fuzzers: clang's run-time libraries, and the names in their reports
+  [fuzz]="clang cmake libcli11-dev libclang-rt-dev llvm ninja-build nlohmann-json3-dev"
 )
 
 if [ $# -eq 0 ]; then
