@@ -52,9 +52,11 @@ class ShortTermRefPicSetDisplay : public testing::Test {
         return expected;
     }
 
-    static void Display(const short_term_ref_pic_set_t *set, UINT64 index, UINT64 count) {
-        EXPECT_EQ(_display_short_term_ref_pic_set(set, index, count), 0);
+    void Display(const short_term_ref_pic_set_t *set, UINT64 index, UINT64 count) {
+        EXPECT_EQ(_display_short_term_ref_pic_set(set, index, count, &derived_sets_), 0);
     }
+
+    DerivedRefPicSets derived_sets_;
 };
 
 TEST_F(ShortTermRefPicSetDisplay, ExplicitSets) {
@@ -64,7 +66,7 @@ TEST_F(ShortTermRefPicSetDisplay, ExplicitSets) {
             Explicit(&set, 0, static_cast<UINT64>(negative), static_cast<UINT64>(positive));
         EXPECT_EQ(expected.AtLevel(6).size(), static_cast<size_t>(4 + 2 * (negative + positive)));
         ExpectDisplay(
-            set, [](const short_term_ref_pic_set_t *record) { Display(record, 0, 1); }, expected);
+            set, [this](const short_term_ref_pic_set_t *record) { Display(record, 0, 1); }, expected);
     }
 }
 
@@ -75,7 +77,7 @@ TEST_F(ShortTermRefPicSetDisplay, PredictedSetsHaveTheFlagsOfTheirReference) {
     // set 1 keeps pictures 1 and 3 of set 0, and the picture at its own distance
     const ExpectedDisplay from_predicted = Predicted(&sets[2], 2, false, 4);
     const ExpectedDisplay in_slice = Predicted(&sets[3], 3, true, 4);
-    const auto show_up_to = [&sets](int last) {
+    const auto show_up_to = [&](int last) {
         for (int i = 0; i < last; i++)
             Display(&sets[i], static_cast<UINT64>(i), 3);
     };
@@ -109,21 +111,21 @@ TEST_F(ShortTermRefPicSetDisplay, AReferenceOutsideTheSetsHasNoFlags) {
     short_term_ref_pic_set_t set{};
     const ExpectedDisplay expected = Predicted(&set, 0, false, 0);
     ExpectDisplay(
-        set, [](const short_term_ref_pic_set_t *record) { Display(record, 0, 1); }, expected);
+        set, [this](const short_term_ref_pic_set_t *record) { Display(record, 0, 1); }, expected);
 }
 
 TEST_F(ShortTermRefPicSetDisplay, ASetThatRefersToItselfHasNoFlags) {
     short_term_ref_pic_set_t set{};
     set.num_positive_pics = 15;
-    _display_short_term_ref_pic_set(&set, 0, 5);
-    _display_short_term_ref_pic_set(&set, 1, 5);
+    Display(&set, 0, 5);
+    Display(&set, 1, 5);
     set.inter_ref_pic_set_prediction_flag = 1;
     set.delta_idx_minus1 = ~UINT64{0};  // set 1 itself, in 32-bit arithmetic
     set.delta_rps_sign = 1;
     set.abs_delta_rps_minus1 = 0x4FFFFFFF;
     std::fill_n(set.used_by_current_pic_flag, H265_RPS_PICTURES, 1);
     const TraceCapture trace(6);
-    EXPECT_EQ(_display_short_term_ref_pic_set(&set, 1, 5), 0);
+    Display(&set, 1, 5);
     EXPECT_EQ(trace.Texts(6).back(), "abs_delta_rps_minus1=1342177279.\n");
 }
 
@@ -131,7 +133,7 @@ TEST_F(ShortTermRefPicSetDisplay, AnyRecordStaysWithinItsArrays) {
     for (const int byte : {0xFF, 0xA5}) {
         for (const UINT64 index : {UINT64{0}, UINT64{1}, UINT64{63}, UINT64{64}, UINT64{65}, ~UINT64{0}}) {
             const size_t count = MessagesOfFilledRecord<short_term_ref_pic_set_t>(
-                byte, [=](const short_term_ref_pic_set_t *record) { Display(record, index, ~UINT64{0}); });
+                byte, [=, this](const short_term_ref_pic_set_t *record) { Display(record, index, ~UINT64{0}); });
             EXPECT_LE(count, 6u + 64u) << index;
         }
     }
@@ -142,7 +144,7 @@ TEST_F(ShortTermRefPicSetDisplay, AnyRecordStaysWithinItsArrays) {
 }
 
 TEST_F(ShortTermRefPicSetDisplay, ArgumentsAreChecked) {
-    ExpectNullIsReported("strps != NULL", [] { Display(nullptr, 0, 0); });
+    ExpectNullIsReported("strps != NULL", [this] { Display(nullptr, 0, 0); });
     short_term_ref_pic_set_t set{};
     const TraceCapture trace(6);
     Display(&set, 2, 1);

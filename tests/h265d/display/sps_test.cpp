@@ -104,8 +104,9 @@ class SpsDisplay : public testing::Test {
             sps_->strps[0].num_negative_pics = 1;
             sps_->strps[1].inter_ref_pic_set_prediction_flag = 1;
             expected_.Append(Nested([this] {
-                _display_short_term_ref_pic_set(&sps_->strps[0], 0, 2);
-                _display_short_term_ref_pic_set(&sps_->strps[1], 1, 2);
+                DerivedRefPicSets derived_sets;
+                _display_short_term_ref_pic_set(&sps_->strps[0], 0, 2, &derived_sets);
+                _display_short_term_ref_pic_set(&sps_->strps[1], 1, 2, &derived_sets);
             }));
         }
         LINE(expected_, *sps_, long_term_ref_pics_present_flag, present);

@@ -4,7 +4,6 @@
 
 #include <random>
 #include <set>
-#include <thread>
 
 #include "support/fields.h"
 #include "support/syntax.h"
@@ -46,7 +45,10 @@ BitString PredictedSet(int delta_rps, const std::vector<Use> &uses) {
 
 class ShortTermRefPicSet : public testing::Test {
  protected:
-    ShortTermRefPicSet() { std::memset(&strps_, kPrefill, sizeof strps_); }
+    ShortTermRefPicSet() { 
+        std::memset(&strps_, kPrefill, sizeof strps_);
+        std::memset(&derived_sets_, kPrefill, sizeof derived_sets_);
+    }
 
     static BitString Flagged(unsigned int flag, const BitString &set) {
         return BitString().U(1, flag).Append(set);
@@ -57,7 +59,8 @@ class ShortTermRefPicSet : public testing::Test {
         // more bits behind it, all ones: a reader that wants more gets them
         std::vector<unsigned char> bytes = BitString(bits).U(64, ~uint64_t{0}).Bytes();
         bitbuffer_t bb{bytes.data(), 0, static_cast<unsigned int>(bytes.size()) * 8};
-        return _parse_short_term_ref_pic_set(&bb, count, index, &strps_) == 0 && bb.bit_offset == bits.size();
+        return _parse_short_term_ref_pic_set(&bb, count, index, &strps_, &derived_sets_) == 0 &&
+               bb.bit_offset == bits.size();
     }
 
     // Begins an SPS with an explicit set of index 0.
@@ -106,12 +109,13 @@ class ShortTermRefPicSet : public testing::Test {
                 index == 0 ? 0 : PrefilledValue<int>();  // not coded for index 0
             if (index != count)
                 strps->delta_idx_minus1 = 0;
-            return _parse_short_term_ref_pic_set(bb, count, index, strps) == 0;
+            return _parse_short_term_ref_pic_set(bb, count, index, strps, &derived_sets_) == 0;
         });
     }
 
     Syntax syntax_;
     short_term_ref_pic_set_t strps_;
+    DerivedRefPicSets derived_sets_;
 };
 
 TEST_F(ShortTermRefPicSet, ReadsExplicitSetsAndReportsEveryCut) {
@@ -320,14 +324,13 @@ TEST_F(ShortTermRefPicSet, ASetThatFailedCannotBeReferredTo) {
                 ElementsAre(Unreadable("used_by_current_pic_flag", 0)));
 }
 
-TEST_F(ShortTermRefPicSet, AnotherThreadHasSetsOfItsOwn) {
+TEST_F(ShortTermRefPicSet, AnotherParseHasSetsOfItsOwn) {
     FirstSet({0, 1}, {3});
-    std::thread([] {
-        std::vector<unsigned char> bytes = ExplicitSet({}, {}).Bytes();
-        bitbuffer_t bb{bytes.data(), 0, 2};
-        short_term_ref_pic_set_t strps{};
-        EXPECT_EQ(_parse_short_term_ref_pic_set(&bb, kSets, 0, &strps), 0);
-    }).join();
+    std::vector<unsigned char> bytes = ExplicitSet({}, {}).Bytes();
+    bitbuffer_t bb{bytes.data(), 0, 2};
+    short_term_ref_pic_set_t strps{};
+    DerivedRefPicSets derived_sets;
+    EXPECT_EQ(_parse_short_term_ref_pic_set(&bb, kSets, 0, &strps, &derived_sets), 0);
     EXPECT_TRUE(Takes(Flagged(1, PredictedSet(-1, std::vector<Use>(4, kUsed))), 1));
 }
 
@@ -391,8 +394,9 @@ TEST_F(ShortTermRefPicSet, TracesEachSet) {
 TEST_F(ShortTermRefPicSet, NullArgumentsFailSilently) {
     bitbuffer_t bb{};
     const TraceCapture trace;
-    EXPECT_EQ(_parse_short_term_ref_pic_set(nullptr, 1, 0, &strps_), -1);
-    EXPECT_EQ(_parse_short_term_ref_pic_set(&bb, 1, 0, nullptr), -1);
+    EXPECT_EQ(_parse_short_term_ref_pic_set(nullptr, 1, 0, &strps_, &derived_sets_), -1);
+    EXPECT_EQ(_parse_short_term_ref_pic_set(&bb, 1, 0, nullptr, &derived_sets_), -1);
+    EXPECT_EQ(_parse_short_term_ref_pic_set(&bb, 1, 0, &strps_, nullptr), -1);
     EXPECT_THAT(trace.messages(), IsEmpty());
 }
 

@@ -1,25 +1,21 @@
 #include "h265d/display/show.h"
 #include "h265d/display/sub_structures.h"
-#include "h265d/parsing/derived_ref_pic_sets.h"
 
 namespace {
 
 constexpr int kLevel = kInformation;
 
-// The sets displayed so far, on this thread.
-thread_local DerivedRefPicSets derived_sets;
-
 }  // namespace
 
 int _display_short_term_ref_pic_set(const short_term_ref_pic_set_t *strps, UINT64 StRpsIndex,
-                                    UINT64 NumShortTermRefPicSets) {
+                                    UINT64 NumShortTermRefPicSets, DerivedRefPicSets *derived_sets) {
     ASSERT_ARGUMENT(strps != NULL);
     ASSERT_ARGUMENT(StRpsIndex <= NumShortTermRefPicSets);
-    if (strps == nullptr || StRpsIndex >= H265_SPS_SHORT_TERM_REF_PIC_SETS)
+    if (strps == nullptr || derived_sets == nullptr || StRpsIndex >= H265_SPS_SHORT_TERM_REF_PIC_SETS)
         return 0;
     if (StRpsIndex == 0)
-        derived_sets.count = 0;
-    DerivedRefPicSet *const set = &derived_sets.sets[StRpsIndex];
+        derived_sets->count = 0;
+    DerivedRefPicSet *const set = &derived_sets->sets[StRpsIndex];
 
     TRACE(kFunction, "Called.\n");
     SHOW("--- short_term_ref_pic_set[%d] ---\n", AS_D(StRpsIndex));
@@ -29,7 +25,7 @@ int _display_short_term_ref_pic_set(const short_term_ref_pic_set_t *strps, UINT6
             SHOW_U(strps, delta_idx_minus1);
         SHOW_FLAG(strps, delta_rps_sign);
         SHOW_U(strps, abs_delta_rps_minus1);
-        const DerivedRefPicSet *const ref = ReferenceSet(derived_sets, StRpsIndex, strps->delta_idx_minus1);
+        const DerivedRefPicSet *const ref = ReferenceSet(*derived_sets, StRpsIndex, strps->delta_idx_minus1);
         const int flags =
             ref != nullptr ? Shown(static_cast<UINT64>(NumDeltaPocs(*ref)) + 1, H265_RPS_PICTURES) : 0;
         for (int j = 0; j < flags; j++) {
@@ -54,7 +50,7 @@ int _display_short_term_ref_pic_set(const short_term_ref_pic_set_t *strps, UINT6
         }
         DeriveExplicitSet(*strps, set);
     }
-    derived_sets.count = StRpsIndex + 1;
+    derived_sets->count = StRpsIndex + 1;
     TRACE(kFunction, "Done.\n");
     return 0;
 }

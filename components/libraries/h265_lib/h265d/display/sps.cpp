@@ -66,9 +66,10 @@ void H265Lib_Display_sps(const sps_h265_t *sps) {
         SHOW_FLAG(sps, pcm_loop_filter_disabled_flag);
     }
     SHOW_U(sps, num_short_term_ref_pics_sets);
+    DerivedRefPicSets derived_sets;
     for (int i = 0; i < Shown(sps->num_short_term_ref_pics_sets, MAX_SHORT_TERM_REF_PIC_SETS); i++)
         _display_short_term_ref_pic_set(&sps->strps[i], static_cast<UINT64>(i),
-                                        sps->num_short_term_ref_pics_sets);
+                                        sps->num_short_term_ref_pics_sets, &derived_sets);
     SHOW_FLAG(sps, long_term_ref_pics_present_flag);
     if (sps->long_term_ref_pics_present_flag) {
         SHOW_U(sps, num_long_term_ref_pics_sps);

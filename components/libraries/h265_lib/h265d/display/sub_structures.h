@@ -6,6 +6,7 @@
 #define H265D_DISPLAY_SUB_STRUCTURES_H
 
 #include "h265/sps.h"
+#include "h265d/parsing/derived_ref_pic_sets.h"
 
 extern "C" {
 
@@ -14,10 +15,10 @@ void _display_profile_tier_level(const profile_tier_level_t *ptl, unsigned char 
 // Says that the lists are not printed. Returns 0.
 int _display_scaling_list_data(const scaling_list_data_t *sld);
 
-// The sets of an SPS are displayed in order, from index 0 on, on one thread: the flags that a predicted set
-// has follow from the sets before it. Returns 0.
+// The sets of an SPS are displayed in order, from index 0 on: the flags that a predicted set has follow from
+// the sets before it, which derived_sets, the caller's, keeps from call to call. Returns 0.
 int _display_short_term_ref_pic_set(const short_term_ref_pic_set_t *strps, UINT64 StRpsIndex,
-                                    UINT64 NumShortTermRefPicSets);
+                                    UINT64 NumShortTermRefPicSets, DerivedRefPicSets *derived_sets);
 
 void _display_sub_layer_hrd_parameters(const sub_layer_hrd_parameters_t *slhp,
                                        int sub_pic_hrd_params_present_flag, int cpb_cnt_minus1);

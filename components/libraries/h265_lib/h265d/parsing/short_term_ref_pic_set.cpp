@@ -1,30 +1,23 @@
 #include "h265d/parsing/short_term_ref_pic_set.h"
 
 #include "common/read.h"
-#include "h265d/parsing/derived_ref_pic_sets.h"
-
-namespace {
-
-// The sets read so far by the SPS parse that runs on this thread.
-thread_local DerivedRefPicSets sets_of_this_thread;
-
-}  // namespace
 
 int _parse_short_term_ref_pic_set(bitbuffer_t *sps_nalu_bb, unsigned long NumShortTermRefPicSets,
-                                  unsigned long StRpsIndex, short_term_ref_pic_set_t *strps) {
-    if (sps_nalu_bb == nullptr || strps == nullptr || StRpsIndex >= H265_SPS_SHORT_TERM_REF_PIC_SETS)
+                                  unsigned long StRpsIndex, short_term_ref_pic_set_t *strps,
+                                  DerivedRefPicSets *derived_sets) {
+    if (sps_nalu_bb == nullptr || strps == nullptr || derived_sets == nullptr ||
+        StRpsIndex >= H265_SPS_SHORT_TERM_REF_PIC_SETS)
         return -1;
     TRACE(kFunction, "Called.\n");
     TRACE(kInformation, "--- short_term_ref_pic_set[%d] ---\n", static_cast<int>(StRpsIndex));
 
-    DerivedRefPicSets &derived_sets = sets_of_this_thread;  // looked up once
     BitReader bb(sps_nalu_bb);
     // for index 0 the flag is not coded: the record's value counts
     if (StRpsIndex != 0)
         READ_FLAG(bb, strps, inter_ref_pic_set_prediction_flag);
     else
-        derived_sets.count = 0;
-    DerivedRefPicSet *const set = &derived_sets.sets[StRpsIndex];
+        derived_sets->count = 0;
+    DerivedRefPicSet *const set = &derived_sets->sets[StRpsIndex];
     if (strps->inter_ref_pic_set_prediction_flag) {
         // coded in slice headers only; in an SPS the record's value counts
         if (StRpsIndex == NumShortTermRefPicSets)
@@ -32,7 +25,7 @@ int _parse_short_term_ref_pic_set(bitbuffer_t *sps_nalu_bb, unsigned long NumSho
         READ_FLAG(bb, strps, delta_rps_sign);
         READ_UE(bb, strps, abs_delta_rps_minus1);
 
-        const DerivedRefPicSet *const ref = ReferenceSet(derived_sets, StRpsIndex, strps->delta_idx_minus1);
+        const DerivedRefPicSet *const ref = ReferenceSet(*derived_sets, StRpsIndex, strps->delta_idx_minus1);
         const int last = ref != nullptr ? NumDeltaPocs(*ref) : 0;
         for (int j = 0; j <= last; j++) {
             if (ref == nullptr || j >= H265_RPS_PICTURES) {
@@ -64,7 +57,7 @@ int _parse_short_term_ref_pic_set(bitbuffer_t *sps_nalu_bb, unsigned long NumSho
         }
         DeriveExplicitSet(*strps, set);
     }
-    derived_sets.count = StRpsIndex + 1;
+    derived_sets->count = StRpsIndex + 1;
     TRACE(kFunction, "Done.\n");
     return 0;
 }

@@ -86,10 +86,11 @@ int _parse_sps(bitbuffer_t *sps_nalu_bb, sps_h265_t *sps) {
     }
     TRACE(kFunction, "Before num_short_term_ref_pics_sets CurrentBitOffset:%d.\n", bb.offset());
     READ_UE_MAX(bb, MAX_SHORT_TERM_REF_PIC_SETS, sps, num_short_term_ref_pics_sets);
+    DerivedRefPicSets derived_sets;
     for (UINT64 i = 0; i < sps->num_short_term_ref_pics_sets; i++)
-        READ_STRUCTURE(
-            _parse_short_term_ref_pic_set(bb.Lend(), sps->num_short_term_ref_pics_sets, i, &sps->strps[i]),
-            "failed to parse short term ref pic set[%lu].\n", i);
+        READ_STRUCTURE(_parse_short_term_ref_pic_set(bb.Lend(), sps->num_short_term_ref_pics_sets, i,
+                                                     &sps->strps[i], &derived_sets),
+                       "failed to parse short term ref pic set[%lu].\n", i);
     READ_FLAG(bb, sps, long_term_ref_pics_present_flag);
     if (sps->long_term_ref_pics_present_flag) {
         // reported under the name of the other count
