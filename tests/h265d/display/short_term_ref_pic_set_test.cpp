@@ -133,7 +133,8 @@ TEST_F(ShortTermRefPicSetDisplay, AnyRecordStaysWithinItsArrays) {
     for (const int byte : {0xFF, 0xA5}) {
         for (const UINT64 index : {UINT64{0}, UINT64{1}, UINT64{63}, UINT64{64}, UINT64{65}, ~UINT64{0}}) {
             const size_t count = MessagesOfFilledRecord<short_term_ref_pic_set_t>(
-                byte, [=, this](const short_term_ref_pic_set_t *record) { Display(record, index, ~UINT64{0}); });
+                byte,
+                [=, this](const short_term_ref_pic_set_t *record) { Display(record, index, ~UINT64{0}); });
             EXPECT_LE(count, 6u + 64u) << index;
         }
     }
@@ -141,6 +142,13 @@ TEST_F(ShortTermRefPicSetDisplay, AnyRecordStaysWithinItsArrays) {
     set.num_negative_pics = ~UINT64{0};
     set.num_positive_pics = 0x1'0000'0001;
     EXPECT_EQ(DisplayedTexts(6, [&] { Display(&set, 0, 1); }).size(), 4 + 64u);
+}
+
+TEST_F(ShortTermRefPicSetDisplay, WithoutTablesNothingIsPrinted) {
+    const short_term_ref_pic_set_t set{};
+    EXPECT_THAT(
+        DisplayedTexts(7, [&] { EXPECT_EQ(_display_short_term_ref_pic_set(&set, 0, 1, nullptr), 0); }),
+        testing::IsEmpty());
 }
 
 TEST_F(ShortTermRefPicSetDisplay, ArgumentsAreChecked) {

@@ -9,6 +9,7 @@ namespace {
 
 constexpr char kNothing[] = "nothing";
 
+// NOLINTBEGIN(misc-no-recursion): as deep as the documents
 std::optional<JsonDifference> InValues(const std::string &path, const Json &expected, const Json &actual);
 
 std::optional<JsonDifference> InObjects(const std::string &path, const Json &expected, const Json &actual) {
@@ -41,7 +42,6 @@ std::optional<JsonDifference> InArrays(const std::string &path, const Json &expe
     return std::nullopt;
 }
 
-// NOLINTNEXTLINE(misc-no-recursion): as deep as the documents
 std::optional<JsonDifference> InValues(const std::string &path, const Json &expected, const Json &actual) {
     if (expected.is_object() && actual.is_object())
         return InObjects(path, expected, actual);
@@ -51,6 +51,7 @@ std::optional<JsonDifference> InValues(const std::string &path, const Json &expe
         return std::nullopt;
     return JsonDifference{path, expected.dump(), actual.dump()};
 }
+// NOLINTEND(misc-no-recursion)
 
 }  // namespace
 
