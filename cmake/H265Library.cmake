@@ -6,7 +6,9 @@ function(h265_add_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;DEPENDS;INCLUDES")
 
   add_library(${name}_objects OBJECT ${arg_SOURCES})
-  target_include_directories(${name}_objects PRIVATE "${PROJECT_SOURCE_DIR}/components/include" ${arg_INCLUDES})
+  target_include_directories(
+    ${name}_objects PRIVATE "${PROJECT_SOURCE_DIR}/components/include"
+                            "${PROJECT_SOURCE_DIR}/components/libraries/common" ${arg_INCLUDES})
   target_link_libraries(${name}_objects PRIVATE h265_warnings)
   target_compile_options(${name}_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics)
   set_target_properties(

@@ -1,6 +1,6 @@
 // Hex dumps, row by row.
 
-#include "dbgtrace.h"
+#include "channel_level.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ char Printable(unsigned char byte) {
 
 void _DoDbgPrintBuffer(HDBG hDbg, int level, const unsigned char *buffer, size_t length, const char *title,
                        const char *function, const char *file, int line) {
-    if (hDbg == nullptr || hDbg->nMaxLevel < level)
+    if (!LetsThrough(hDbg, level))
         return;
     if (buffer == nullptr)
         length = 0;

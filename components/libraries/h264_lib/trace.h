@@ -3,7 +3,7 @@
 #ifndef H264_TRACE_H
 #define H264_TRACE_H
 
-#include "dbgtrace.h"
+#include "channel_level.h"
 
 namespace h264 {
 
@@ -13,7 +13,7 @@ extern HDBG trace_channel;
 
 #define TRACE_ERROR(...)                                                                           \
     do {                                                                                           \
-        if (h264::trace_channel != nullptr && h264::trace_channel->nMaxLevel >= 3)                 \
+        if (LetsThrough(h264::trace_channel, 3))                 \
             _DoDbgPrintEx(h264::trace_channel, 3, __func__, __FILE_NAME__, __LINE__, __VA_ARGS__); \
     } while (0)
 

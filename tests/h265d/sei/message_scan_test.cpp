@@ -1,12 +1,9 @@
 #include <gmock/gmock.h>
 
 #include <climits>
-#include <map>
 
-#include "h265.h"
+#include "h265d/sei/message_walk.h"
 #include "support/interposed.h"
-#include "support/nal_unit.h"
-#include "support/samples.h"
 #include "support/silence.h"
 #include "support/trace_capture.h"
 
@@ -16,10 +13,6 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr int kPrefix = 39;
-constexpr int kSuffix = 40;
-constexpr int kUntouched = -77;
 
 constexpr char kTooShort[] = "NALU too short to find User data registered specific SEI!\n";
 constexpr char kNotFound[] = "Cannot find User data registered specific SEI!\n";
@@ -43,42 +36,6 @@ std::string Reserved(int type, int limit) {
            " is greater than the current MAX_PAYLOAD_TYPE:" + std::to_string(limit) +
            ". Reserved SEI message, skip decoding.\n";
 }
-
-// What a call is to give.
-struct Outcome {
-    int payload_type;
-    UINT payload_size;
-    UINT payload_index;
-    int payload_offset;
-    int suid;
-    BOOL more = FALSE;
-
-    bool operator==(const Outcome &) const = default;
-    friend void PrintTo(const Outcome &outcome, std::ostream *os) {
-        *os << "type " << outcome.payload_type << ", size " << outcome.payload_size << ", index "
-            << outcome.payload_index << ", offset " << outcome.payload_offset << ", suid " << outcome.suid
-            << ", more " << outcome.more;
-    }
-};
-
-// The arguments of a walk over one NAL unit. Each call copies the NAL unit to a block of its exact size.
-struct Walk {
-    int payload_offset = 0;
-    int nal_type_offset = 0;
-    SEI_message_t header{0x55, 0x55, 0x55};
-    int suid = kUntouched;
-    BOOL more = 2;
-
-    BOOL Next(const Bytes &nal) {
-        const Bytes exact(nal);
-        return H265Lib_DetermineSEIType(exact.data(), static_cast<int>(exact.size()), &payload_offset,
-                                        &nal_type_offset, &header, &suid, &more);
-    }
-    Outcome Result() const {
-        return {header.payload_type, header.payload_size, header.payload_index, payload_offset, suid, more};
-    }
-};
-
 const Outcome kNothing = {0x55, 0x55, 0x55, 0, kUntouched, FALSE};  // of a failure in front of any message
 
 Bytes Joined(Bytes first, const Bytes &second) {
@@ -568,44 +525,6 @@ TEST(SeiMessageScan, RateLimitsShareOneTime) {
                       std::vector<std::string>(
                           issued, "We needed to allocate a SODB buffer of length:1025 to deencapsulate.\n"));
         }
-    }
-}
-
-TEST(SeiMessageScan, FiveMessagesOfARealUnit) {
-    const std::vector<Bytes> nals = SampleNalUnits("units/sei-multiple.nal");
-    ASSERT_EQ(nals.size(), 1u);
-    const Outcome outcomes[] = {{1, 1, 2, 3, SUID_PICTURE_TIMING, TRUE},
-                                {136, 6, 5, 11, SUID_TIME_CODE, TRUE},
-                                {4, 71, 13, 84, SUID_CLOSED_CAPTION, TRUE},
-                                {4, 9, 86, 95, SUID_AFD, TRUE},
-                                {5, 28, 97, 125, SUID_UNKNOWN, FALSE}};
-    Walk walk;
-    for (const Outcome &outcome : outcomes) {
-        ASSERT_EQ(walk.Next(nals[0]), TRUE);
-        EXPECT_EQ(walk.Result(), outcome);
-    }
-}
-
-TEST(SeiMessageScan, MessagesOfRealStreams) {
-    const std::pair<std::string, std::map<int, int>> streams[] = {
-        // payload types and how often
-        {"progressive-hrd-vui.hevc", {{0, 2}, {1, 12}, {129, 1}}},
-        {"interlaced-field-hrd.hevc", {{0, 2}, {1, 16}, {129, 1}}},
-        {"captions-a53.hevc", {{4, 16}}},
-        {"hash-sei.hevc", {{132, 4}}}};
-    for (const auto &[file, expected] : streams) {
-        SCOPED_TRACE(file);
-        std::map<int, int> found;
-        for (const Bytes &nal : SampleNalUnits(file)) {
-            if (nal[3] >> 1 != kPrefix && nal[3] >> 1 != kSuffix)
-                continue;
-            Walk walk;
-            do {
-                ASSERT_EQ(walk.Next(nal), TRUE);
-                found[walk.header.payload_type]++;
-            } while (walk.more);
-        }
-        EXPECT_EQ(found, expected);
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <atomic>
 
+#include "channel_level.h"
 #include "h265.h"
 
 // The levels in use, from least to most detailed.
@@ -20,7 +21,7 @@ enum TraceLevel : int {
 };
 
 inline bool TraceLetsThrough(int level) {
-    return __builtin_expect(g_hH265LibDbg != nullptr && g_hH265LibDbg->nMaxLevel >= level, false);
+    return __builtin_expect(LetsThrough(g_hH265LibDbg, level), false);
 }
 
 // Issues one message under the calling function's name: TRACE(level, format, arguments...).

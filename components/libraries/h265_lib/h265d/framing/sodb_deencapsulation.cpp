@@ -14,17 +14,27 @@ constexpr unsigned int kNalHeaderSize = 2;
 
 constexpr auto kIsThree = [](Vector third) { return third == 3; };
 
-// Copies 8 to 15 bytes if no two zero bytes are among them. Returns whether it did.
+// Copies 4 to 15 bytes if no two zero bytes are among them. Returns whether it did.
 bool CopyShort(const unsigned char *source, size_t length, unsigned char *destination) {
     using namespace bitbuffer;
-    const uint64_t first = LoadWord(source);
-    const uint64_t last = LoadWord(source + length - 8);
     // A byte or-ed with its successor; the last one has none.
     const auto pairs = [](uint64_t word) { return word | word << 8 | 0xFF; };
-    if (HasZeroByte(pairs(first)) || HasZeroByte(pairs(last)))
+    if (length >= 8) {
+        const uint64_t first = LoadWord(source);
+        const uint64_t last = LoadWord(source + length - 8);
+        if (HasZeroByte(pairs(first)) || HasZeroByte(pairs(last)))
+            return false;
+        StoreWord(destination, first);
+        StoreWord(destination + length - 8, last);
+        return true;
+    }
+    const uint32_t first = LoadHalfWord(source);
+    const uint32_t last = LoadHalfWord(source + length - 4);
+    const uint64_t word = uint64_t{first} << 8 * (length - 4) | last;  // with zeros in front
+    if (HasZeroByte(pairs(word) | ~uint64_t{0} << 8 * length))
         return false;
-    StoreWord(destination, first);
-    StoreWord(destination + length - 8, last);
+    StoreHalfWord(destination, first);
+    StoreHalfWord(destination + length - 4, last);
     return true;
 }
 
@@ -48,6 +58,8 @@ void CopyBytesWithout(const unsigned char *stop, const unsigned char *end, const
 
 // Copies the source without the third byte of every 00 00 03. Returns the number of bytes written.
 size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, unsigned char *destination) {
+    if (length >= 4 && length < 16 && CopyShort(source, length, destination))
+        return length;
     const unsigned char *in = source;
     const unsigned char *const end = source + length;
     unsigned char *out = destination;
@@ -80,8 +92,6 @@ size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, uns
         Store(out + (end - in) - kVector, Load(end - kVector));
         return static_cast<size_t>(out - destination) + static_cast<size_t>(end - in);
     }
-    if (length >= 8 && length < 16 && CopyShort(source, length, destination))
-        return length;
     CopyBytesWithout(end, end, &in, &out);
     return static_cast<size_t>(out - destination);
 }
