@@ -297,8 +297,8 @@ BOOL H265Lib_Parse_slice_header_nal(const unsigned char *buffer, int buffer_len,
  * @param pPayloadOffset     in: 0 on the first call for a NAL unit, then what the call before gave; out:
  *                           where the next message starts, in the data behind the NAL unit header (see
  *                           SEI_message_t)
- * @param pNALTypeOffset     in: 0 on the first call (not below 0), then what that gave: the position of the NAL
- *                           unit header
+ * @param pNALTypeOffset     in: 0 on the first call (not below 0), then what that gave: the position of the
+ * NAL unit header
  * @param pSEIMessageHeader  out: type, size and place of the payload, for the parsers below
  * @param penSUID            out: SUID_UNKNOWN or what it is (vanc.h); left alone when the call fails before
  *                           that

@@ -13,7 +13,7 @@ extern HDBG trace_channel;
 
 #define TRACE_ERROR(...)                                                                           \
     do {                                                                                           \
-        if (LetsThrough(h264::trace_channel, 3))                 \
+        if (LetsThrough(h264::trace_channel, 3))                                                   \
             _DoDbgPrintEx(h264::trace_channel, 3, __func__, __FILE_NAME__, __LINE__, __VA_ARGS__); \
     } while (0)
 

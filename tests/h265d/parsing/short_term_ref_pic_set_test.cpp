@@ -45,7 +45,7 @@ BitString PredictedSet(int delta_rps, const std::vector<Use> &uses) {
 
 class ShortTermRefPicSet : public testing::Test {
  protected:
-    ShortTermRefPicSet() { 
+    ShortTermRefPicSet() {
         std::memset(&strps_, kPrefill, sizeof strps_);
         std::memset(&derived_sets_, kPrefill, sizeof derived_sets_);
     }
