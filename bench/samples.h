@@ -1,12 +1,8 @@
-// The bytes that the benchmarks work on: sample streams of independent encoders.
+// The bytes that the benchmarks work on: sample streams of independent encoders, and what is made from them.
 
 #ifndef BENCH_SAMPLES_H
 #define BENCH_SAMPLES_H
 
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -14,24 +10,26 @@ namespace bench {
 
 using Bytes = std::vector<unsigned char>;
 
-inline Bytes ReadSample(const std::string &name) {
-    std::ifstream file(SAMPLES_DIR "/" + name, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), {});
-}
+// A file of tests/samples.
+Bytes ReadSample(const std::string &name);
 
 // The first NAL unit of a type, with its start code.
-inline Bytes FirstNal(const Bytes &stream, int nal_unit_type) {
-    for (size_t i = 0; i + 4 < stream.size(); i++) {
-        if (std::memcmp(&stream[i], "\0\0\1", 3) != 0 || stream[i + 3] >> 1 != nal_unit_type)
-            continue;
-        size_t end = i + 3;
-        while (end < stream.size() &&
-               !(end + 2 < stream.size() && stream[end] == 0 && stream[end + 1] == 0 && stream[end + 2] <= 1))
-            end++;
-        return Bytes(&stream[i], stream.data() + end);
-    }
-    std::abort();  // the sample is not what the benchmark was written for
-}
+Bytes FirstNal(const Bytes &stream, int nal_unit_type);
+
+// A NAL unit that the library and its peers parse.
+struct NalCase {
+    std::string name;                   // work/case
+    Bytes nal;                          // with its start code
+    std::vector<Bytes> parameter_sets;  // VPS, SPS and PPS that it refers to
+};
+
+const std::vector<NalCase> &ParameterSets();  // the works vps, sps and pps
+const std::vector<NalCase> &SliceHeaders();
+const std::vector<NalCase> &SeiMessages();
+const std::vector<NalCase> &RewrittenSps();
+
+// Bytes with no two zeros in a row.
+Bytes CleanBytes(size_t size);
 
 }  // namespace bench
 

@@ -1,8 +1,9 @@
 // What a trace costs that is not printed: the same loop with and without one.
 
-#include <benchmark/benchmark.h>
-
 #include "h265.h"
+#include "operation.h"
+
+namespace bench {
 
 namespace {
 
@@ -11,23 +12,23 @@ inline bool LetsThrough(int level) {
     return __builtin_expect(g_hH265LibDbg != nullptr && g_hH265LibDbg->nMaxLevel >= level, false);
 }
 
-void LoopAlone(benchmark::State &state) {
-    int i = 0;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(i++);
-}
-
-void LoopWithTrace(benchmark::State &state) {
-    int i = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(i++);
-        if (LetsThrough(7))
-            _DoDbgPrintEx(g_hH265LibDbg, 7, __func__, "trace.cpp", __LINE__, "Called.\n");
-        benchmark::ClobberMemory();
-    }
-}
-
-BENCHMARK(LoopAlone);
-BENCHMARK(LoopWithTrace);
-
 }  // namespace
+
+void AddTraces() {
+    Add("trace/silent/ours", [] {
+        return [i = 0]() mutable {
+            benchmark::DoNotOptimize(i++);
+            if (LetsThrough(7))
+                _DoDbgPrintEx(g_hH265LibDbg, 7, "AddTraces", "trace.cpp", __LINE__, "Called.\n");
+            return true;
+        };
+    });
+    Add("trace/silent/no_trace", [] {
+        return [i = 0]() mutable {
+            benchmark::DoNotOptimize(i++);
+            return true;
+        };
+    });
+}
+
+}  // namespace bench

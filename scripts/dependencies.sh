@@ -13,6 +13,8 @@ declare -A packages=(
   # the other compilers, the AArch64 cross build with its emulator, Valgrind, and the checks of the sources
   [ci]="clang clang-format clang-tidy g++-aarch64-linux-gnu gcovr git googletest qemu-user shellcheck valgrind"
   [bench]="libbenchmark-dev"
+  # what the benchmarks are compared with, and what makes their streams and counts instructions
+  [peers]="ffmpeg libavcodec-dev libgstreamer-plugins-bad1.0-dev pkg-config python3 valgrind x265"
   # makes the Debian packages, for AArch64 too, and the source tarball, and tries them
   [packages]="binutils fakeroot g++-aarch64-linux-gnu git lintian pkg-config python3 qemu-user xz-utils"
   # the API reference, and the check of the man pages
