@@ -1,7 +1,9 @@
 #include "run_tool.h"
 
 #include <gtest/gtest.h>
+#include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -20,21 +22,57 @@ std::vector<std::string> Outcome::Lines() const {
     return lines;
 }
 
+namespace {
+
+// The command with TOOL, and with standard error in a file.
+std::string Script(const std::string &command, const std::string &errors) {
+    return std::string("TOOL() { ") + H265TOOL_COMMAND + " \"$@\"; }; { " + command + "; } 2>'" + errors +
+           "'";
+}
+
+void SetEnd(int status, const std::string &errors, Outcome *outcome) {
+    outcome->status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    const test::Bytes err = FileBytes(errors);
+    outcome->err.assign(err.begin(), err.end());
+}
+
+}  // namespace
+
 Outcome Shell(const std::string &command) {
     const TemporaryFile errors;
-    const std::string whole = std::string("TOOL() { ") + H265TOOL_COMMAND + " \"$@\"; }; { " + command +
-                              "; } 2>'" + errors.path() + "'";
     Outcome outcome{-1, {}, {}};
-    FILE *const pipe = popen(whole.c_str(), "r");
+    FILE *const pipe = popen(Script(command, errors.path()).c_str(), "r");
     if (pipe == nullptr)
         return outcome;
     char buffer[4096];
     for (size_t count = 0; (count = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
         outcome.out.append(buffer, count);
-    const int status = pclose(pipe);
-    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    const test::Bytes err = FileBytes(errors.path());
-    outcome.err.assign(err.begin(), err.end());
+    SetEnd(pclose(pipe), errors.path(), &outcome);
+    return outcome;
+}
+
+Outcome ShellOnTerminal(const std::string &command) {
+    const TemporaryFile errors;
+    const std::string script = "export TERM=xterm; unset NO_COLOR; " + Script(command, errors.path());
+    Outcome outcome{-1, {}, {}};
+    struct termios settings {};
+    cfmakeraw(&settings);  // what is written arrives as it is
+    cfsetspeed(&settings, B38400);
+    int terminal = -1;
+    const pid_t shell = forkpty(&terminal, nullptr, &settings, nullptr);
+    if (shell == 0) {
+        execl("/bin/sh", "sh", "-c", script.c_str(), nullptr);
+        _exit(127);
+    }
+    if (shell < 0)
+        return outcome;
+    char buffer[4096];
+    for (ssize_t count = 0; (count = read(terminal, buffer, sizeof buffer)) > 0;)  // until nobody has it open
+        outcome.out.append(buffer, static_cast<size_t>(count));
+    close(terminal);
+    int status = 0;
+    waitpid(shell, &status, 0);
+    SetEnd(status, errors.path(), &outcome);
     return outcome;
 }
 

@@ -21,6 +21,10 @@ struct Outcome {
 // Runs a shell command in which TOOL stands for the program.
 Outcome Shell(const std::string &command);
 
+// The same on a terminal, of the type xterm, to which the program's standard input and output lead; `out` is
+// what arrives there.
+Outcome ShellOnTerminal(const std::string &command);
+
 std::string Sample(const std::string &name);  // the path of tests/samples/NAME
 test::Bytes FileBytes(const std::string &path);
 

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Tries Debian packages as a user would: installs them into an empty root, builds the README's example against it in
-# C and in C++, shared and static, takes the README's first look with the tool, parses in Python, and removes them
-# again.
+# C and in C++, shared and static, takes the README's first look with the tool, completes its command line, parses in
+# Python, and removes them again.
 #
 #   packages.sh PACKAGE.deb...        (of one architecture; AArch64 is cross-compiled and emulated where need be)
 set -euo pipefail
@@ -88,6 +88,7 @@ read -ra tool <<<"$RUN $root/usr/bin/h265tool"
 export LD_LIBRARY_PATH=$root/usr/lib/$triplet
 [ "$("${tool[@]}" --version)" = "h265tool ${version%-*}" ]
 "$here/first_look.sh" "${tool[@]}"
+"$here/../h265tool/completion.sh" "$root/usr/share/bash-completion/completions/h265tool" "${tool[@]}"
 if [ -z "$RUN" ]; then # Python is not emulated
   width=$(PYTHONPATH=$root/usr/lib/python3/dist-packages python3 -B -c '
 import sys, h265

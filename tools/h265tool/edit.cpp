@@ -20,9 +20,7 @@ EditPlan MakePlan(const EditRequest &request, const std::string &path) {
 }
 
 void Process(const EditOptions &options) {
-    CheckOverwriting(options.file, options.out);
-    if (options.hrd.has_value())
-        CheckOverwriting(*options.hrd, options.out);
+    CheckFiles(options.file, options.out, "--hrd", options.hrd);
     const EditRequest request = MakeEditRequest(options);
     const Spool source(options.file);
     const EditPlan plan = MakePlan(request, source.path());

@@ -12,7 +12,7 @@ namespace h265tool {
 
 struct EditOptions {
     std::string file;  // "-": standard input
-    std::string out;
+    std::string out;   // "-": standard output
     bool interlaced = false;
     std::optional<std::string> size;
     std::optional<std::string> crop;
@@ -23,10 +23,10 @@ struct EditOptions {
     std::optional<std::string> fps;
     bool field_seq = false;
     std::optional<unsigned char> pic_struct;
-    std::optional<std::string> hrd;
+    std::optional<std::string> hrd;  // a file, as `file`
 };
 
-// Writes OUT as a whole or not at all; reports what goes wrong on standard error.
+// Writes OUT as a whole or not at all; reports what goes wrong on standard error. Throws OutputError.
 ExitStatus Edit(const EditOptions &options);
 
 }  // namespace h265tool

@@ -39,9 +39,7 @@ void ReportLostCaptions(const MessageBuilder &messages, const StreamLayout &layo
 }
 
 void Process(const InsertOptions &options) {
-    CheckOverwriting(options.file, options.out);
-    if (options.captions.has_value())
-        CheckOverwriting(*options.captions, options.out);
+    CheckFiles(options.file, options.out, "--captions", options.captions);
     const Request request = MakeRequest(options);
     const Spool source(options.file);
     const StreamLayout layout = FindLayout(source.path());

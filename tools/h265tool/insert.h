@@ -11,9 +11,9 @@
 namespace h265tool {
 
 struct InsertOptions {
-    std::string file;  // "-": standard input
-    std::string out;
-    std::optional<std::string> captions;
+    std::string file;                     // "-": standard input
+    std::string out;                      // "-": standard output
+    std::optional<std::string> captions;  // a file, as `file`
     std::string captions_start = "00:00:00:00";
     std::optional<unsigned char> afd;
     std::optional<std::string> time_code;
@@ -25,7 +25,7 @@ struct InsertOptions {
     bool replace = false;
 };
 
-// Writes OUT as a whole or not at all; reports what goes wrong on standard error.
+// Writes OUT as a whole or not at all; reports what goes wrong on standard error. Throws OutputError.
 ExitStatus Insert(const InsertOptions &options);
 
 }  // namespace h265tool

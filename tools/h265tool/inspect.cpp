@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "colours.h"
 #include "file_walk.h"
 #include "json/json.h"
 #include "nal_unit.h"
@@ -19,7 +20,8 @@ namespace {
 // the first slice of its access unit.
 class LinePrinter {
  public:
-    explicit LinePrinter(bool json) : json_(json) {}
+    explicit LinePrinter(const InspectOptions &options)
+        : json_(options.json), human_(options.human), colours_(ColoursFor(options.color)) {}
 
     void Take(const NalUnit &unit) {
         UnitContent content = reader_.Read(unit);
@@ -70,16 +72,17 @@ class LinePrinter {
     }
 
     std::string Line(const NalUnit &unit, const UnitContent &content) {
-        const auto *const sei = std::get_if<Sei>(&content);
-        if (std::holds_alternative<Unparsable>(content) || (sei != nullptr && sei->HasError()))
+        if (IsBroken(content))
             all_parsed_ = false;
         if (!json_)
-            return SummaryLine(unit, content);
+            return SummaryLine(unit, content, colours_, human_);
         // bytes that are no UTF-8 do not occur, but a line must not be lost to them
         return ToJson(unit, content).dump(-1, ' ', false, Json::error_handler_t::replace);
     }
 
     bool json_;
+    bool human_;
+    const Colours &colours_;
     bool all_parsed_ = true;
     UnitReader reader_;
     Output output_;
@@ -89,7 +92,7 @@ class LinePrinter {
 }  // namespace
 
 ExitStatus Inspect(const InspectOptions &options) {
-    LinePrinter printer(options.json);
+    LinePrinter printer(options);
     const ExitStatus status = WalkFile(
         options.file, [&](const NalUnit &unit) { printer.Take(unit); }, [&] { printer.Finish(); });
     return std::max(status, printer.AllParsed() ? kAllWell : kStreamError);

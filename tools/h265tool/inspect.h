@@ -12,6 +12,8 @@ namespace h265tool {
 struct InspectOptions {
     std::string file;  // "-": standard input
     bool json = false;
+    std::string color = "auto";  // or "always", "never"
+    bool human = false;          // sizes in KiB and MiB
 };
 
 // Prints to standard output; reports what goes wrong with the file on standard error. Throws OutputError.

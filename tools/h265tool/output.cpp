@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
-#include <cerrno>
+#include <span>
+
+#include "write_all.h"
 
 namespace h265tool {
 namespace {
@@ -15,26 +17,22 @@ bool OutputError::IsClosedPipe() const {
     return code() == std::errc::broken_pipe;
 }
 
+Output::Output() : most_buffered_(isatty(STDOUT_FILENO) == 1 ? 0 : kBuffered) {}
+
 void Output::Line(std::string_view text) {
     buffer_ += text;
     buffer_ += '\n';
-    if (buffer_.size() >= kBuffered)
+    if (buffer_.size() >= most_buffered_)
         Flush();
 }
 
 void Output::Flush() {
-    std::string_view rest = buffer_;
-    while (!rest.empty()) {
-        const ssize_t count = write(STDOUT_FILENO, rest.data(), rest.size());
-        if (count >= 0) {
-            rest.remove_prefix(static_cast<size_t>(count));
-        } else if (errno != EINTR) {
-            const int error = errno;
-            buffer_.clear();
-            throw OutputError(error, std::generic_category());
-        }
-    }
+    const std::span text(buffer_);
+    const int error =
+        WriteAll(STDOUT_FILENO, {reinterpret_cast<const unsigned char *>(text.data()), text.size()});
     buffer_.clear();
+    if (error != 0)
+        throw OutputError(error, std::generic_category());
 }
 
 }  // namespace h265tool

@@ -19,13 +19,16 @@ class OutputError : public std::system_error {
 };
 
 // What was not flushed is lost: call Flush at the end, also when the work ends early. Both functions throw
-// OutputError.
+// OutputError. On a terminal, each line appears at once.
 class Output {
  public:
+    Output();
+
     void Line(std::string_view text);
     void Flush();
 
  private:
+    size_t most_buffered_;
     std::string buffer_;
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cinttypes>
 #include <cstdio>
 
 #include "profile_names.h"
@@ -105,27 +104,81 @@ struct Summarizer {
     }
 };
 
+constexpr size_t kOffsetWidth = 10;
+constexpr size_t kSizeWidth = 8;
+constexpr size_t kNameWidth = 14;
+constexpr size_t kUsualLine = 160;  // with some colours
+
+std::string ToTheRight(std::string text, size_t width) {
+    text.insert(0, width - std::min(width, text.size()), ' ');
+    return text;
+}
+
+std::string_view ColourOf(unsigned int nal_unit_type, const UnitContent &content, const Colours &colours) {
+    if (std::holds_alternative<NotParsed>(content) || nal_unit_type == kAud)
+        return colours.minor;
+    if (IsIrap(nal_unit_type))
+        return colours.key_picture;
+    if (nal_unit_type >= kVps && nal_unit_type <= kPps)
+        return colours.parameter_set;
+    return {};
+}
+
 }  // namespace
+
+bool IsBroken(const UnitContent &content) {
+    const auto *const sei = std::get_if<Sei>(&content);
+    return std::holds_alternative<Unparsable>(content) || (sei != nullptr && sei->HasError());
+}
 
 std::string Summary(const UnitContent &content) {
     return std::visit(Summarizer{}, content);
 }
 
-std::string SummaryLine(const NalUnit &unit, const UnitContent &content) {
+std::string SummaryLine(const NalUnit &unit, const UnitContent &content, const Colours &colours,
+                        bool human_size) {
     std::string name = "-";
     std::string layer = "-";
     std::string temporal_id = "-";
+    std::string_view colour = colours.error;
     if (const std::optional<NalUnitHeader> header = unit.Header()) {
         name = NalUnitTypeName(header->nal_unit_type);
         layer = std::to_string(header->nuh_layer_id);
         if (header->nuh_temporal_id_plus1 > 0)
             temporal_id = std::to_string(header->nuh_temporal_id_plus1 - 1);
+        if (!IsBroken(content))
+            colour = ColourOf(header->nal_unit_type, content, colours);
     }
-    std::array<char, 128> columns{};
-    std::snprintf(columns.data(), columns.size(), "%10" PRIu64 " %8" PRIu64 "  %-14s  layer %s  tid %s",
-                  unit.offset, unit.size, name.c_str(), layer.c_str(), temporal_id.c_str());
-    const std::string summary = Summary(content);
-    return summary.empty() ? columns.data() : Text(columns.data(), "  ", summary);
+    std::string line;
+    line.reserve(kUsualLine);
+    AppendInColour(colours.minor, ToTheRight(std::to_string(unit.offset), kOffsetWidth), &line);
+    line += ' ';
+    line += ToTheRight(human_size ? HumanSize(unit.size) : std::to_string(unit.size), kSizeWidth);
+    line += "  ";
+    AppendInColour(colour, name, &line);
+    line.append(kNameWidth - std::min(kNameWidth, name.size()), ' ');
+    AppendInColour(colours.minor, Text("  layer ", layer, "  tid ", temporal_id), &line);
+    if (const std::string summary = Summary(content); !summary.empty()) {
+        line += "  ";
+        AppendInColour(colour, summary, &line);
+    }
+    return line;
+}
+
+std::string HumanSize(uint64_t bytes) {
+    constexpr uint64_t kStep = 1024;
+    static constexpr std::array kUnits = {" KiB", " MiB", " GiB", " TiB"};
+    if (bytes < kStep)
+        return Text(bytes, " B  ");
+    uint64_t unit = kStep;
+    size_t i = 0;
+    const auto rounded = [&unit](uint64_t value) {
+        return value / unit + (value % unit >= unit / 2 ? 1 : 0);
+    };
+    for (; rounded(bytes) >= kStep && i + 1 < kUnits.size(); unit *= kStep)
+        i++;
+    const uint64_t tenths = bytes < 10 * unit ? rounded(bytes * 10) : 100;
+    return tenths < 100 ? Text(tenths / 10, ".", tenths % 10, kUnits[i]) : Text(rounded(bytes), kUnits[i]);
 }
 
 }  // namespace h265tool

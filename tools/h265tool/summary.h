@@ -5,13 +5,22 @@
 
 #include <string>
 
+#include "colours.h"
 #include "nal_unit.h"
 #include "reading/unit_reader.h"
 
 namespace h265tool {
 
-// A whole line about the NAL unit: offset, size, type, layer, temporal id and Summary.
-std::string SummaryLine(const NalUnit &unit, const UnitContent &content);
+// A whole line about the NAL unit: offset, size, type, layer, temporal id and Summary. Colours are all that
+// they change; `human_size` writes the size as HumanSize has it.
+std::string SummaryLine(const NalUnit &unit, const UnitContent &content, const Colours &colours,
+                        bool human_size);
+
+// "562 B  ", "2.4 KiB", "117 KiB": units below each other when the texts are set to the right.
+std::string HumanSize(uint64_t bytes);
+
+// Whether something in it could not be parsed.
+bool IsBroken(const UnitContent &content);
 
 // "" for the types that are shown by their names alone.
 std::string Summary(const UnitContent &content);

@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include "file_walk.h"
 #include "input.h"
 #include "usage_error.h"
 
@@ -15,7 +16,7 @@ std::string FileText(const std::string &path) {
             text.append(chunk.begin(), chunk.end());
         return text;
     } catch (const std::system_error &error) {
-        throw UsageError(path, error.code().message());
+        throw UsageError(FileName(path), error.code().message());
     }
 }
 

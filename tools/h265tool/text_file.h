@@ -7,7 +7,7 @@
 
 namespace h265tool {
 
-// All of it. Throws UsageError when it cannot be read.
+// All of it; "-" is standard input. Throws UsageError when it cannot be read.
 std::string FileText(const std::string &path);
 
 }  // namespace h265tool

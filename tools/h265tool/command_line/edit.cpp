@@ -4,8 +4,8 @@ namespace h265tool {
 namespace {
 
 constexpr char kEditDescription[] =
-    "Changes what the VPS, SPS and picture timing of an H.265 byte stream say. The pictures, and\n"
-    "everything else, stay as they are, byte for byte.";
+    "Changes what the VPS, SPS and picture timing of a stream say. The\n"
+    "pictures, and everything else, stay as they are, byte for byte.";
 
 constexpr char kEditDefinitions[] = R"(
 Nothing is decoded or coded again. --size changes the headers alone: it puts a wrong
@@ -32,13 +32,16 @@ on cannot change.
 
 All SPS of the base layer are changed; layers above it stay as they are. Each result is
 read again and compared with what was asked for.
+)";
 
+constexpr char kEditExamples[] = R"(
 Examples:
   h265tool edit in.hevc -o out.hevc --sar 4:3 --range limited --fps 30000/1001
   h265tool edit in.hevc -o out.hevc --colour bt2020/smpte2084/bt2020nc
   h265tool edit in.hevc -o out.hevc --interlaced --field-seq
   h265tool inspect --json in.hevc | jq 'select(.sps).sps.vui.nal_hrd' >hrd.json
   h265tool edit in.hevc -o out.hevc --hrd hrd.json
+  h265tool edit in.hevc -o - --fps 50 | ffplay -f hevc -
 )";
 
 }  // namespace
@@ -46,7 +49,9 @@ Examples:
 CLI::App *AddEdit(CLI::App *app, EditOptions *options) {
     CLI::App *const verb = app->add_subcommand("edit", kEditDescription);
     verb->add_option("IN", options->file, "The stream; - reads standard input")->required();
-    verb->add_option("-o,--output", options->out, "The file to write")->required()->type_name("OUT");
+    verb->add_option("-o,--output", options->out, "The file to write; - writes standard output")
+        ->required()
+        ->type_name("OUT");
     CLI::Option_group *const edits = verb->add_option_group("What to edit", "At least one of them");
     edits->add_flag("--interlaced", options->interlaced,
                     "Interlaced source material: general_progressive_source_flag 0 and\n"
@@ -75,9 +80,10 @@ CLI::App *AddEdit(CLI::App *app, EditOptions *options) {
                      "pic_struct of all picture timing that is there, 0 to 12")
         ->type_name("N")
         ->check(CLI::Range(0, 12));
-    edits->add_option("--hrd", options->hrd, "HRD parameters from a JSON file")->type_name("FILE");
+    edits->add_option("--hrd", options->hrd, "HRD parameters from a JSON file; - reads standard input")
+        ->type_name("FILE");
     edits->require_option(1, 0);
-    verb->footer(std::string(kEditDefinitions) + kRewritingExitStatus);
+    verb->footer(std::string(kEditDefinitions) + kRewritingOutput + kEditExamples + kRewritingExitStatus);
     return verb;
 }
 

@@ -4,8 +4,8 @@ namespace h265tool {
 namespace {
 
 constexpr char kExtractDescription[] =
-    "Prints what the pictures of an H.265 byte stream carry besides themselves: one line\n"
-    "for each picture that carries what is asked for, in decoding order.";
+    "Prints what the pictures of a stream carry besides themselves: a line\n"
+    "for each picture that has what is asked for, in decoding order.";
 
 constexpr char kExtractDefinitions[] = R"(
 A line has
@@ -21,6 +21,11 @@ A line has
 
 With --json, one JSON object for each such picture, on a line of its own:
   picture, presentation, PicOrderCntVal, and lists of captions, time_code, afd
+
+Examples:
+  h265tool extract --captions --timecodes in.hevc
+  h265tool extract --captions in.hevc | sort -n -k 2    # in output order
+  ffmpeg -i in.ts -c copy -f hevc - | h265tool extract --json --afd -
 )";
 
 }  // namespace

@@ -4,8 +4,8 @@ namespace h265tool {
 namespace {
 
 constexpr char kInsertDescription[] =
-    "Puts SEI messages and delimiters into an H.265 byte stream. Everything else stays as it\n"
-    "is, byte for byte.";
+    "Puts SEI messages and delimiters into a stream. Everything else stays\n"
+    "as it is, byte for byte.";
 
 constexpr char kInsertDefinitions[] = R"(
 An access unit that has a message of a kind keeps it and gets no second one; with
@@ -18,13 +18,24 @@ SCC time codes count at 29.97 frames/s. Each frame carries one byte pair, of fie
 lines that come before the one in front of them is through are delayed.
 )";
 
+constexpr char kInsertExamples[] = R"(
+Examples:
+  h265tool insert in.hevc -o out.hevc --captions words.scc --afd 10
+  h265tool insert in.hevc -o out.hevc --timecode '01:00:00;02' --replace
+  h265tool insert in.hevc -o out.hevc --pic-timing 4,6,3,5 --aud --eos
+  ffmpeg -i in.mp4 -c copy -f hevc - | h265tool insert - -o - --aud >out.hevc
+)";
+
 }  // namespace
 
 CLI::App *AddInsert(CLI::App *app, InsertOptions *options) {
     CLI::App *const verb = app->add_subcommand("insert", kInsertDescription);
     verb->add_option("IN", options->file, "The stream; - reads standard input")->required();
-    verb->add_option("-o,--output", options->out, "The file to write")->required()->type_name("OUT");
-    verb->add_option("--captions", options->captions, "CEA-608 captions from a Scenarist SCC file")
+    verb->add_option("-o,--output", options->out, "The file to write; - writes standard output")
+        ->required()
+        ->type_name("OUT");
+    verb->add_option("--captions", options->captions,
+                     "CEA-608 captions from a Scenarist SCC file; - reads standard input")
         ->type_name("FILE");
     verb->add_option("--captions-start", options->captions_start,
                      "The SCC time code of the first picture [00:00:00:00]")
@@ -45,7 +56,7 @@ CLI::App *AddInsert(CLI::App *app, InsertOptions *options) {
     verb->add_flag("--aud", options->aud, "An access unit delimiter in front of each access unit");
     verb->add_flag("--eos", options->eos, "An end of sequence NAL unit at the end");
     verb->add_flag("--replace", options->replace, "Replace what the stream has of the same kinds");
-    verb->footer(std::string(kInsertDefinitions) + kRewritingExitStatus);
+    verb->footer(std::string(kInsertDefinitions) + kRewritingOutput + kInsertExamples + kRewritingExitStatus);
     return verb;
 }
 

@@ -4,14 +4,18 @@ namespace h265tool {
 namespace {
 
 constexpr char kShowDescription[] =
-    "Prints the parameter sets and the picture timing of an H.265 byte stream as the library's\n"
-    "displays have them, an element a line: VPS, SPS, PPS and picture timing, or those that\n"
-    "are asked for.";
+    "Prints the parameter sets and the picture timing of a stream, or\n"
+    "those that are asked for, an element a line.";
 
 constexpr char kShowDefinitions[] = R"(
-Picture timing comes with the first slice of its access unit, behind the parameter
-sets in front of that. Layers above the base layer are not shown. What cannot be
-parsed is reported on standard error.
+The text is that of the library's displays. Picture timing comes with the first slice
+of its access unit, behind the parameter sets in front of that. Layers above the base
+layer are not shown. What cannot be parsed is reported on standard error.
+
+Examples:
+  h265tool show --sps in.hevc
+  h265tool show --sei --level 7 in.hevc
+  head -c 100000 in.hevc | h265tool show --vps --sps --pps -
 )";
 
 }  // namespace

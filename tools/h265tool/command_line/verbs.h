@@ -22,9 +22,13 @@ Exit status:
   2  usage; the file cannot be opened or read, or the output not written)";
 
 // Of the verbs that write a stream again.
+inline constexpr char kRewritingOutput[] = R"(
+OUT appears when it is complete; a file of this name is replaced. Standard output (-),
+a pipe or a device is sent nothing before all of it is there: it waits in a temporary
+file, in TMPDIR or /tmp, and so does an IN that can be read only once. No stream is
+written to a terminal.
+)";
 inline constexpr char kRewritingExitStatus[] = R"(
-OUT appears when it is complete; a file of this name is replaced.
-
 Exit status:
   0  all went well
   1  something in the stream cannot be parsed, or does not allow what is asked for

@@ -9,6 +9,10 @@
 #include <filesystem>
 #include <utility>
 
+#include "input.h"
+#include "output.h"
+#include "write_all.h"
+
 namespace h265tool {
 namespace {
 
@@ -27,9 +31,15 @@ mode_t ModeOfNewFiles() {
 }  // namespace
 
 OutputFile::OutputFile(const std::string &path) : path_(path) {
+    if (path == "-") {
+        descriptor_ = STDOUT_FILENO;
+        scratch_.emplace();
+        return;
+    }
     struct stat status {};
     const bool exists = stat(path.c_str(), &status) == 0;
     if (exists && !S_ISREG(status.st_mode)) {
+        scratch_.emplace();
         descriptor_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
         if (descriptor_ < 0)
             ThrowError();
@@ -59,10 +69,11 @@ void OutputFile::OpenTemporary() {
     descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
     if (descriptor_ < 0)
         ThrowError();
+    removal_.emplace(temporary_);
 }
 
 OutputFile::~OutputFile() {
-    if (descriptor_ >= 0)
+    if (descriptor_ >= 0 && descriptor_ != STDOUT_FILENO)
         close(descriptor_);
     if (!temporary_.empty())
         unlink(temporary_.c_str());
@@ -75,23 +86,33 @@ void OutputFile::Write(std::span<const unsigned char> bytes) {
 }
 
 void OutputFile::Flush() {
-    std::span<const unsigned char> rest = buffer_;
-    while (!rest.empty()) {
-        const ssize_t count = write(descriptor_, rest.data(), rest.size());
-        if (count >= 0)
-            rest = rest.subspan(static_cast<size_t>(count));
-        else if (errno != EINTR)
-            ThrowError();
-    }
+    if (scratch_.has_value())
+        scratch_->Write(buffer_);
+    else if (const int error = WriteAll(descriptor_, buffer_); error != 0)
+        throw OutputFileError(error, std::generic_category());
     buffer_.clear();
+}
+
+void OutputFile::Send() {
+    Input complete(scratch_->Path());
+    for (auto chunk = complete.Read(); !chunk.empty(); chunk = complete.Read()) {
+        const int error = WriteAll(descriptor_, chunk);
+        if (error != 0 && descriptor_ == STDOUT_FILENO)
+            throw OutputError(error, std::generic_category());
+        if (error != 0)
+            throw OutputFileError(error, std::generic_category());
+    }
 }
 
 void OutputFile::Commit() {
     Flush();
-    if (close(std::exchange(descriptor_, -1)) != 0)
+    if (scratch_.has_value())
+        Send();
+    if (descriptor_ != STDOUT_FILENO && close(std::exchange(descriptor_, -1)) != 0)
         ThrowError();
     if (!temporary_.empty() && std::rename(temporary_.c_str(), path_.c_str()) != 0)
         ThrowError();
+    removal_.reset();
     temporary_.clear();
 }
 

@@ -3,10 +3,14 @@
 #ifndef H265TOOL_REWRITING_OUTPUT_FILE_H
 #define H265TOOL_REWRITING_OUTPUT_FILE_H
 
+#include <optional>
 #include <span>
 #include <string>
 #include <system_error>
 #include <vector>
+
+#include "rewriting/interruption.h"
+#include "rewriting/scratch_file.h"
 
 namespace h265tool {
 
@@ -15,8 +19,9 @@ class OutputFileError : public std::system_error {
     using std::system_error::system_error;
 };
 
-// Written under a temporary name beside it, and renamed at the end. What is no regular file (a device, a
-// pipe) is written directly. Everything throws OutputFileError.
+// Written under a temporary name beside it, and renamed at the end. What cannot be replaced (standard output,
+// which is "-", a pipe, a device) gets all of it at the end, from a scratch file. Throws OutputFileError,
+// ScratchFileError, and OutputError for standard output.
 class OutputFile {
  public:
     explicit OutputFile(const std::string &path);
@@ -30,10 +35,13 @@ class OutputFile {
  private:
     void OpenTemporary();
     void Flush();
+    void Send();
 
     std::string path_;
-    std::string temporary_;  // empty: written directly
-    int descriptor_ = -1;
+    std::string temporary_;  // the file under its temporary name; empty: it waits in scratch_
+    std::optional<RemovalWhenInterrupted> removal_;  // of that
+    std::optional<ScratchFile> scratch_;             // none: the file has a temporary name
+    int descriptor_ = -1;                            // of the file, or of what gets it at the end
     std::vector<unsigned char> buffer_;
 };
 

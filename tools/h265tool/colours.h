@@ -1,0 +1,27 @@
+// Colours of a terminal.
+
+#ifndef H265TOOL_COLOURS_H
+#define H265TOOL_COLOURS_H
+
+#include <string>
+#include <string_view>
+
+namespace h265tool {
+
+// What begins each colour; all are empty where there are none.
+struct Colours {
+    std::string_view minor;  // what the eye may pass over
+    std::string_view key_picture;
+    std::string_view parameter_set;
+    std::string_view error;
+};
+
+// Of standard output, when the option --color is "always", "never" or "auto": on a terminal that has colours,
+// unless the environment has NO_COLOR.
+const Colours &ColoursFor(std::string_view when);
+
+void AppendInColour(std::string_view colour, std::string_view text, std::string *line);
+
+}  // namespace h265tool
+
+#endif
