@@ -20,9 +20,14 @@ namespace bitbuffer {
     if (size >= 8)
         return LoadWord(bytes + size - 8) << 8 * (8 - (size - at));
     uint64_t word = 0;
-    for (size_t i = at; i < size; i++)
-        word |= uint64_t{bytes[i]} << (56 - 8 * (i - at));
-    return word;
+    if (size >= 4) {
+        word = uint64_t{LoadHalfWord(bytes)} << 32 | uint64_t{LoadHalfWord(bytes + size - 4)}
+                                                         << 8 * (8 - size);
+    } else {
+        for (size_t i = 0; i < size; i++)
+            word |= uint64_t{bytes[i]} << (56 - 8 * i);
+    }
+    return word << 8 * at;
 }
 
 // Takes over a cursor for as long as it lives, with the position and the bits that come next in registers:
@@ -155,6 +160,8 @@ class BitReader {
     [[gnu::always_inline]] bool HasInWindow(unsigned int n) {
         if (window_end_ - at_ >= n) [[likely]]
             return true;
+        if (window_end_ == end_)
+            return false;
         FillWindow();
         return window_end_ - at_ >= n;
     }

@@ -63,8 +63,10 @@ int H265Lib_format_sei_cc_nal(unsigned char *buffer, int buffer_len, const vanc_
     // payload type and size; country code, provider code, identifier, user_data_type_code; the head of
     // cc_data( ): process_em_data_flag, process_cc_data_flag, cc_count; em_data
     const bool has_input = vanc_data != nullptr && vanc_entries > 0;
-    unsigned char sei_Byte[MAX_SEI_RBSP] = {
+    const unsigned char head[CC_DATA_OFFSET] = {
         0x04, 0, ITU_T_T35_COUNTRY_CODE_USA, 0x00, 0x31, 'G', 'A', '9', '4', 0x03, 0, 0xFF};
+    unsigned char sei_Byte[MAX_SEI_RBSP];
+    std::memcpy(sei_Byte, head, sizeof head);
     sei_Byte[10] = static_cast<unsigned char>((has_input ? 0xC0 : 0x80) | cc_count);
     int sei_offset = CC_DATA_OFFSET;
     if (IsDue(last_status, 4, now))

@@ -10,17 +10,19 @@ constexpr int kMessageHeaderSize = 2;  // payload type and size, a byte each
 int SetStopBitAndZeros(const TraceSite &site, bitbuffer_t *message_bb, const char *no_one,
                        const char *no_zero) {
     BitWriter bb(message_bb);
+    const unsigned int zeros = 7 - bb.offset() % 8;
+    if (bb.BitsLeft() > zeros) [[likely]] {
+        bb.Put(1 + zeros, uint64_t{1} << zeros);
+        return 0;
+    }
     if (SetFlag(bb, 1) == -1) {
         TraceAt(site, kError, no_one);
         return -1;
     }
-    while (bb.offset() % 8 != 0) {
-        if (SetFlag(bb, 0) == -1) {
-            TraceAt(site, kError, no_zero);
-            return -1;
-        }
+    while (SetFlag(bb, 0) == 0) {
     }
-    return 0;
+    TraceAt(site, kError, no_zero);
+    return -1;
 }
 
 }  // namespace
