@@ -13,8 +13,6 @@ constexpr Colours kNoColours;
 constexpr Colours kTerminalColours = {
     .minor = "\033[2m", .key_picture = "\033[1;32m", .parameter_set = "\033[36m", .error = "\033[1;31m"};
 
-constexpr std::string_view kEnd = "\033[0m";
-
 std::string_view Environment(const char *variable) {
     const char *const value = std::getenv(variable);
     return value == nullptr ? "" : value;
@@ -31,13 +29,6 @@ const Colours &ColoursFor(std::string_view when) {
     const bool wanted =
         when == "always" || (when == "auto" && Environment("NO_COLOR").empty() && TerminalHasColours());
     return wanted ? kTerminalColours : kNoColours;
-}
-
-void AppendInColour(std::string_view colour, std::string_view text, std::string *line) {
-    *line += colour;
-    *line += text;
-    if (!colour.empty())
-        *line += kEnd;
 }
 
 }  // namespace h265tool

@@ -20,7 +20,17 @@ struct Colours {
 // unless the environment has NO_COLOR.
 const Colours &ColoursFor(std::string_view when);
 
-void AppendInColour(std::string_view colour, std::string_view text, std::string *line);
+// Back to none.
+inline constexpr std::string_view kEndOfColour = "\033[0m";
+
+// Calls `append`, which appends to the line; that is in the colour then.
+template <typename Append>
+void InColour(std::string_view colour, std::string *line, Append append) {
+    *line += colour;
+    append();
+    if (!colour.empty())
+        *line += kEndOfColour;
+}
 
 }  // namespace h265tool
 

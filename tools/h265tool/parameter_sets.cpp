@@ -13,13 +13,13 @@ void CheckId(const char *element, uint64_t id, uint64_t max) {
         throw UnitError(Text(element, " is ", id, ", above ", max));
 }
 
-// The set in a slot; `reference` says who asks for it ("refers to PPS 3").
-template <typename Slots>
-const auto &Referenced(const Slots &slots, uint64_t id, const std::string &reference) {
+// The set in a slot; `reference` gives the words for who asks for it ("refers to PPS 3").
+template <typename Slots, typename Reference>
+const auto &Referenced(const Slots &slots, uint64_t id, Reference reference) {
     if (id >= slots.size() || (slots[id].set == nullptr && !slots[id].unreadable))
-        throw UnitError(Text(reference, ", which the stream has not carried"));
+        throw UnitError(Text(reference(), ", which the stream has not carried"));
     if (slots[id].unreadable)
-        throw UnitError(Text(reference, ", which could not be parsed"));
+        throw UnitError(Text(reference(), ", which could not be parsed"));
     return *slots[id].set;
 }
 
@@ -53,9 +53,9 @@ void ParameterSets::MarkUnreadablePps(uint64_t id) {
 }
 
 ActiveSets ParameterSets::Activated(uint64_t slice_pic_parameter_set_id) const {
-    const std::string to_pps = Text("refers to PPS ", slice_pic_parameter_set_id);
+    const auto to_pps = [&] { return Text("refers to PPS ", slice_pic_parameter_set_id); };
     const pps_h265_t &pps = Referenced(pps_, slice_pic_parameter_set_id, to_pps);
-    const std::string to_sps = Text(to_pps, " and SPS ", pps.pps_seq_parameter_set_id);
+    const auto to_sps = [&] { return Text(to_pps(), " and SPS ", pps.pps_seq_parameter_set_id); };
     const Sps &sps = Referenced(sps_, pps.pps_seq_parameter_set_id, to_sps);
     return {sps.sps, pps, sps.for_slices};
 }

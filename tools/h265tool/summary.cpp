@@ -56,51 +56,52 @@ std::string SliceType(UINT64 slice_type) {
     return slice_type < kLetters.size() ? kLetters[slice_type] : Text("slice_type ", slice_type);
 }
 
+// Appends the summary to a line.
 struct Summarizer {
-    std::string operator()(std::monostate) const { return {}; }
+    std::string *line;
 
-    std::string operator()(const vps_h265_t *vps) const {
+    void operator()(std::monostate) const {}
+
+    void operator()(const vps_h265_t *vps) const {
         const int sub_layers = vps->vps_max_sub_layers_minus1 + 1;
-        return Text("VPS ", vps->vps_video_parameter_set_id, ": ", sub_layers,
-                    sub_layers == 1 ? " sub-layer" : " sub-layers");
+        AppendText(line, "VPS ", vps->vps_video_parameter_set_id, ": ", sub_layers,
+                   sub_layers == 1 ? " sub-layer" : " sub-layers");
     }
 
-    std::string operator()(const sps_h265_t *sps) const {
-        std::string text =
-            Text("SPS ", sps->seq_parameter_set_id, ": ", CroppedSize(*sps), " ", ChromaFormat(*sps), ", ",
-                 BitDepth(*sps), ", ", ProfileTierLevelName(sps->ptl));
+    void operator()(const sps_h265_t *sps) const {
+        AppendText(line, "SPS ", sps->seq_parameter_set_id, ": ", CroppedSize(*sps), " ", ChromaFormat(*sps),
+                   ", ", BitDepth(*sps), ", ", ProfileTierLevelName(sps->ptl));
         const vui_h265_t &vui = sps->vui;
-        if (!vui.vui_timing_info_present_flag || vui.vui_num_units_in_tick == 0)
-            return text;
-        return Text(text, ", ", Rate(vui.vui_time_scale, vui.vui_num_units_in_tick),
-                    vui.field_seq_flag ? " fields/s" : " frames/s");
+        if (vui.vui_timing_info_present_flag && vui.vui_num_units_in_tick != 0)
+            AppendText(line, ", ", Rate(vui.vui_time_scale, vui.vui_num_units_in_tick),
+                       vui.field_seq_flag ? " fields/s" : " frames/s");
     }
 
-    std::string operator()(const pps_h265_t *pps) const {
-        return Text("PPS ", pps->pps_pic_parameter_set_id, ": of SPS ", pps->pps_seq_parameter_set_id);
+    void operator()(const pps_h265_t *pps) const {
+        AppendText(line, "PPS ", pps->pps_pic_parameter_set_id, ": of SPS ", pps->pps_seq_parameter_set_id);
     }
 
-    std::string operator()(const Slice &slice) const {
+    void operator()(const Slice &slice) const {
         const ssh_h265_t &header = slice.header;
-        const std::string text =
-            Text(header.first_slice_segment_in_pic_flag ? "first slice segment" : "slice segment",
-                 ", address ", header.slice_segment_address);
-        if (header.dependent_slice_segment_flag)
-            return Text("dependent ", text);
-        return Text(text, ", ", SliceType(header.slice_type), ", POC LSBs ", header.slice_pic_order_cnt_lsb);
+        AppendText(line, header.dependent_slice_segment_flag ? "dependent " : "",
+                   header.first_slice_segment_in_pic_flag ? "first slice segment" : "slice segment",
+                   ", address ", header.slice_segment_address);
+        if (!header.dependent_slice_segment_flag)
+            AppendText(line, ", ", SliceType(header.slice_type), ", POC LSBs ",
+                       header.slice_pic_order_cnt_lsb);
     }
 
-    std::string operator()(const aud_h265_t &aud) const {
+    void operator()(const aud_h265_t &aud) const {
         static constexpr std::array kSlices = {"I", "P, I", "B, P, I"};  // Table 7-2
+        AppendText(line, "pic_type ", aud.pic_type);
         if (aud.pic_type < kSlices.size())
-            return Text("pic_type ", aud.pic_type, ": ", kSlices[aud.pic_type]);
-        return Text("pic_type ", aud.pic_type);
+            AppendText(line, ": ", kSlices[aud.pic_type]);
     }
 
-    std::string operator()(const Sei &sei) const { return SeiSummary(sei); }
-    std::string operator()(const Unparsable &unparsable) const { return Text("error: ", unparsable.reason); }
-    std::string operator()(const NotParsed &not_parsed) const {
-        return Text("not parsed: ", not_parsed.reason);
+    void operator()(const Sei &sei) const { *line += SeiSummary(sei); }
+    void operator()(const Unparsable &unparsable) const { AppendText(line, "error: ", unparsable.reason); }
+    void operator()(const NotParsed &not_parsed) const {
+        AppendText(line, "not parsed: ", not_parsed.reason);
     }
 };
 
@@ -109,9 +110,16 @@ constexpr size_t kSizeWidth = 8;
 constexpr size_t kNameWidth = 14;
 constexpr size_t kUsualLine = 160;  // with some colours
 
-std::string ToTheRight(std::string text, size_t width) {
-    text.insert(0, width - std::min(width, text.size()), ' ');
-    return text;
+// Appends a text so that it ends `width` characters behind the end of the line, or later.
+void AppendToTheRight(std::string_view text, size_t width, std::string *line) {
+    line->append(width - std::min(width, text.size()), ' ');
+    *line += text;
+}
+
+bool HasSummary(const UnitContent &content) {
+    if (const auto *const sei = std::get_if<Sei>(&content))
+        return !sei->messages.empty() || !sei->error.empty();
+    return !std::holds_alternative<std::monostate>(content);
 }
 
 std::string_view ColourOf(unsigned int nal_unit_type, const UnitContent &content, const Colours &colours) {
@@ -132,35 +140,46 @@ bool IsBroken(const UnitContent &content) {
 }
 
 std::string Summary(const UnitContent &content) {
-    return std::visit(Summarizer{}, content);
+    std::string summary;
+    std::visit(Summarizer{&summary}, content);
+    return summary;
 }
 
 std::string SummaryLine(const NalUnit &unit, const UnitContent &content, const Colours &colours,
                         bool human_size) {
-    std::string name = "-";
-    std::string layer = "-";
-    std::string temporal_id = "-";
+    const std::optional<NalUnitHeader> header = unit.Header();
     std::string_view colour = colours.error;
-    if (const std::optional<NalUnitHeader> header = unit.Header()) {
-        name = NalUnitTypeName(header->nal_unit_type);
-        layer = std::to_string(header->nuh_layer_id);
-        if (header->nuh_temporal_id_plus1 > 0)
-            temporal_id = std::to_string(header->nuh_temporal_id_plus1 - 1);
-        if (!IsBroken(content))
-            colour = ColourOf(header->nal_unit_type, content, colours);
-    }
+    if (header.has_value() && !IsBroken(content))
+        colour = ColourOf(header->nal_unit_type, content, colours);
+
     std::string line;
     line.reserve(kUsualLine);
-    AppendInColour(colours.minor, ToTheRight(std::to_string(unit.offset), kOffsetWidth), &line);
+    InColour(colours.minor, &line,
+             [&] { AppendToTheRight(Decimal(unit.offset).text(), kOffsetWidth, &line); });
     line += ' ';
-    line += ToTheRight(human_size ? HumanSize(unit.size) : std::to_string(unit.size), kSizeWidth);
+    if (human_size)
+        AppendToTheRight(HumanSize(unit.size), kSizeWidth, &line);
+    else
+        AppendToTheRight(Decimal(unit.size).text(), kSizeWidth, &line);
     line += "  ";
-    AppendInColour(colour, name, &line);
+    const std::string name = header.has_value() ? NalUnitTypeName(header->nal_unit_type) : "-";
+    InColour(colour, &line, [&] { line += name; });
     line.append(kNameWidth - std::min(kNameWidth, name.size()), ' ');
-    AppendInColour(colours.minor, Text("  layer ", layer, "  tid ", temporal_id), &line);
-    if (const std::string summary = Summary(content); !summary.empty()) {
+    InColour(colours.minor, &line, [&] {
+        line += "  layer ";
+        if (header.has_value())
+            AppendText(&line, header->nuh_layer_id);
+        else
+            line += '-';
+        line += "  tid ";
+        if (header.has_value() && header->nuh_temporal_id_plus1 > 0)
+            AppendText(&line, header->nuh_temporal_id_plus1 - 1);
+        else
+            line += '-';
+    });
+    if (HasSummary(content)) {
         line += "  ";
-        AppendInColour(colour, summary, &line);
+        InColour(colour, &line, [&] { std::visit(Summarizer{&line}, content); });
     }
     return line;
 }

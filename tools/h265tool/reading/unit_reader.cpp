@@ -94,12 +94,19 @@ void UnitReader::ReadPicTimings(const Slice *slice, Sei *sei) {
 }
 
 const vps_h265_t *UnitReader::ReadVps(const NalUnit &unit) {
+    if (vps_bytes_ == unit.head)
+        return vps_.get();
+    vps_bytes_.clear();
     if (!h265tool::ReadVps(unit, &diagnostics_, vps_.get()))
         throw UnitError(diagnostics_.FirstError());
+    vps_bytes_ = unit.head;
     return vps_.get();
 }
 
 const sps_h265_t *UnitReader::ReadSps(const NalUnit &unit) {
+    if (sps_bytes_ == unit.head)
+        return sps_.get();
+    sps_bytes_.clear();
     std::memset(sps_.get(), 0, sizeof *sps_);
     sps_->seq_parameter_set_id = kIdNotRead;
     diagnostics_.Clear();
@@ -108,10 +115,14 @@ const sps_h265_t *UnitReader::ReadSps(const NalUnit &unit) {
         throw UnitError(diagnostics_.FirstError());
     }
     sets_.Keep(*sps_);
+    sps_bytes_ = unit.head;
     return sps_.get();
 }
 
 const pps_h265_t *UnitReader::ReadPps(const NalUnit &unit) {
+    if (pps_bytes_ == unit.head)
+        return pps_.get();
+    pps_bytes_.clear();
     std::memset(pps_.get(), 0, sizeof *pps_);
     pps_->pps_pic_parameter_set_id = kIdNotRead;
     diagnostics_.Clear();
@@ -120,6 +131,7 @@ const pps_h265_t *UnitReader::ReadPps(const NalUnit &unit) {
         throw UnitError(diagnostics_.FirstError());
     }
     sets_.Keep(*pps_);
+    pps_bytes_ = unit.head;
     return pps_.get();
 }
 

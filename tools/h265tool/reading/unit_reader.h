@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <variant>
+#include <vector>
 
 #include "diagnostics.h"
 #include "h265.h"
@@ -46,12 +47,18 @@ class UnitReader {
     const sps_h265_t *ReadSps(const NalUnit &unit);
     const pps_h265_t *ReadPps(const NalUnit &unit);
 
+    // A parameter set that the stream repeats is read once. Empty when there is none, or a bad one.
+    using UnitBytes = std::vector<unsigned char>;
+
     Diagnostics diagnostics_;
     ParameterSets sets_;
     std::optional<uint64_t> last_sps_id_;  // that a slice referred to
     std::unique_ptr<vps_h265_t> vps_;
     std::unique_ptr<sps_h265_t> sps_;
     std::unique_ptr<pps_h265_t> pps_;
+    UnitBytes vps_bytes_;  // what the records were read from
+    UnitBytes sps_bytes_;
+    UnitBytes pps_bytes_;
 };
 
 }  // namespace h265tool
