@@ -1,7 +1,8 @@
 # Installs what there is to read beside the man pages, in one place.
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME documentation)
-install(FILES README.md SECURITY.md docs/guide.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES README.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES docs/guide.md docs/inspect.svg DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 if(NOT H265_DEBIAN_PACKAGES) # which have these under Debian's names
   install(FILES CHANGELOG.md LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 endif()
