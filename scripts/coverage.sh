@@ -23,9 +23,11 @@ in_report() {
   gcovr --root . --add-tracefile "$report/measured.json" "$@"
 }
 
-scripts/build.sh coverage unit_tests
+scripts/build.sh coverage unit_tests entry_point_tests
 find "$build" -name '*.gcda' -delete
-scripts/quietly.sh "$build/tests/unit_tests" --gtest_brief=1
+for tests in unit_tests entry_point_tests; do
+  scripts/quietly.sh "$build/tests/$tests" --gtest_brief=1
+done
 scripts/quietly.sh gcovr --root . --filter "$libraries/" --json "$report/measured.json" "$build"
 in_report --csv "$report/files.csv"
 

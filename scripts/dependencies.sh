@@ -20,7 +20,7 @@ declare -A packages=(
   # the API reference, and the check of the man pages
   [docs]="doxygen groff-base"
   # fuzzers: clang's run-time libraries, and the names in their reports
-  [fuzz]="clang cmake libcli11-dev libclang-rt-dev llvm ninja-build nlohmann-json3-dev"
+  [fuzz]="clang cmake libcli11-dev libclang-rt-dev libgmock-dev libgtest-dev llvm ninja-build nlohmann-json3-dev"
 )
 
 if [ $# -eq 0 ]; then

@@ -4,13 +4,13 @@
 #
 #   scripts/fuzz.sh SECONDS [FUZZER...]        (default: all fuzzers)
 #
-# New inputs stay in build/fuzz/fuzz/work/FUZZER: corpus/ grows from run to run, finds/ has what failed.
+# New inputs stay in build/asan/fuzz/work/FUZZER: corpus/ grows from run to run, finds/ has what failed.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 seconds=${1:?usage: scripts/fuzz.sh SECONDS [FUZZER...]}
 shift
-programs=build/fuzz/fuzz
+programs=build/asan/fuzz
 
 # fuzz FUZZER: one fuzzer, from the inputs of earlier runs, those of the tree, and the sample streams
 fuzz() {
@@ -29,7 +29,7 @@ fuzz() {
   echo "$fuzzer: $executions executions, $progress"
 }
 
-scripts/build.sh fuzz
+scripts/build.sh asan fuzzers
 if [ $# -eq 0 ]; then
   for program in "$programs"/*_fuzzer; do
     fuzzer=${program##*/}

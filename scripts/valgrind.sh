@@ -23,15 +23,24 @@ too_long=(
 )
 
 build=build/debug
-scripts/build.sh debug unit_tests h265tool
+scripts/build.sh debug unit_tests entry_point_tests h265tool
 
 memcheck=(scripts/quietly.sh valgrind -q --error-exitcode=1 --leak-check=full)
-# one share of the tests a processor
+
+# run_share NUMBER: one share of the tests of both programs
+run_share() {
+  local tests
+  for tests in unit_tests entry_point_tests; do
+    GTEST_TOTAL_SHARDS=$shares GTEST_SHARD_INDEX=$1 "${memcheck[@]}" "$build/tests/$tests" --gtest_brief=1 \
+      --gtest_filter="-$(IFS=: && echo "${too_long[*]}")" || return 1
+  done
+}
+
+# one share a processor
 shares=$(nproc)
 running=()
 for ((share = 0; share < shares; share++)); do
-  GTEST_TOTAL_SHARDS=$shares GTEST_SHARD_INDEX=$share "${memcheck[@]}" "$build/tests/unit_tests" --gtest_brief=1 \
-    --gtest_filter="-$(IFS=: && echo "${too_long[*]}")" &
+  run_share "$share" &
   running+=($!)
 done
 failed=0
