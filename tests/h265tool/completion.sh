@@ -5,7 +5,7 @@
 #   completion.sh FILE H265TOOL...        (the tool: one word, or more when something runs it)
 set -euo pipefail
 
-# shellcheck source=tools/h265tool/completion/h265tool.bash
+# shellcheck source=/dev/null
 source "$1"
 shift
 tool=("$@")
