@@ -11,6 +11,9 @@ function(h265_add_library name)
                             "${PROJECT_SOURCE_DIR}/components/libraries/common" ${arg_INCLUDES})
   target_link_libraries(${name}_objects PRIVATE h265_warnings)
   target_compile_options(${name}_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics)
+  if(H265_BUILD_FUZZERS)
+    target_compile_options(${name}_objects PRIVATE -O1) # more inputs in the same time
+  endif()
   set_target_properties(
     ${name}_objects
     PROPERTIES POSITION_INDEPENDENT_CODE ON
