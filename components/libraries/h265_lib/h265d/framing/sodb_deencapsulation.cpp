@@ -76,6 +76,14 @@ size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, uns
     const unsigned char *in = source;
     const unsigned char *const end = source + length;
     unsigned char *out = destination;
+    // Through copies, so that the pointers themselves can stay in registers.
+    const auto copy_bytes_up_to = [&in, &out, end](const unsigned char *stop) {
+        const unsigned char *from = in;
+        unsigned char *to = out;
+        CopyBytesWithout(stop, end, &from, &to);
+        in = from;
+        out = to;
+    };
     while (end - in > static_cast<ptrdiff_t>(kBlock)) {
         if (CopyCleanBlock(in, out)) {
             in += kBlock;
@@ -87,14 +95,14 @@ size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, uns
             break;
         const uint64_t triplets = FindTriplets(in, kIsThree);
         if (std::popcount(triplets) > kManyPieces)
-            CopyBytesWithout(std::min(in + 4 * kBlock, end), end, &in, &out);
+            copy_bytes_up_to(std::min(in + 4 * kBlock, end));
         else
             CopyBlockInPieces(triplets, &in, &out,
                               [](const unsigned char **third, unsigned char **) { ++*third; });
     }
     while (end - in >= static_cast<ptrdiff_t>(kTriplets)) {
         if (HasTriplet(in, kIsThree)) {
-            CopyBytesWithout(in + kVector, end, &in, &out);
+            copy_bytes_up_to(in + kVector);
         } else {
             Store(out, Load(in));
             in += kVector;
@@ -109,7 +117,7 @@ size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, uns
         Store(out + (end - in) - kVector, Load(end - kVector));
         return static_cast<size_t>(out - destination) + static_cast<size_t>(end - in);
     }
-    CopyBytesWithout(end, end, &in, &out);
+    copy_bytes_up_to(end);
     return static_cast<size_t>(out - destination);
 }
 
