@@ -314,15 +314,15 @@ figures of one line. Parsing begins with the bytes of a NAL unit, and of several
 
 - Removal, 1 KiB: memcpy moves 32 bytes at a time there. Vectors have 16 here, which every x86-64 and every AArch64 has;
   one code serves both, and from 32 KiB on the difference is gone.
-- Heavy SPS: its 1,800 bits are more than a thousand elements. Each goes into a field of its own, and is checked and
-  reported under its own name, with some 20 instructions.
-- Slice headers: a third of the time or so is malloc and free, for the scratch that `h265.h` promises, which is as long as the NAL
-  unit. Beyond 1 KiB malloc takes longer, whatever is done with the block. The bytes themselves cost nothing.
+- Heavy SPS: nearly all of its 1,800 bits are elements of one to a few bits. Each goes into a field of its own, and is
+  checked and reported under its own name.
+- Slice headers: a fifth of the instructions is malloc and free, for the scratch that `h265.h` promises, which is as long
+  as the NAL unit. Beyond 1 KiB malloc takes longer, whatever is done with the block.
 - SEI: a message is found by one call and parsed by another, each of which starts from the bytes of the NAL unit, and two
   of the three parsers take a heap block. The peer reads all in one pass.
 - SEI builders: 20 caption triplets and 17 elements of a time code, each with its checks and traces.
 - SPS rewriting: two heap blocks, removal, a run of bits copied for each unchanged stretch, insertion.
-- Small NAL units: each has a slice header and a line of 80 characters.
+- Small NAL units: each has its header, a slice header or a message to parse, and a line of text.
 
 ## Instructions
 

@@ -95,7 +95,7 @@ size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, uns
             break;
         const uint64_t triplets = FindTriplets(in, kIsThree);
         if (std::popcount(triplets) > kManyPieces)
-            copy_bytes_up_to(std::min(in + 4 * kBlock, end));
+            copy_bytes_up_to(in + std::min<ptrdiff_t>(4 * kBlock, end - in));
         else
             CopyBlockInPieces(triplets, &in, &out,
                               [](const unsigned char **third, unsigned char **) { ++*third; });
