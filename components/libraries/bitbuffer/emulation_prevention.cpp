@@ -12,6 +12,7 @@ using namespace byte_blocks;
 constexpr unsigned char kEmulationPreventionByte = 0x03;
 
 constexpr auto kIsEmulating = [](Vector third) { return third <= 3; };
+constexpr auto kIsEmulatingInWord = [](uint64_t third) { return third & 0xFCFCFCFCFCFCFCFCU; };
 
 // The positions in a block at which two zero bytes begin that need the byte behind them. It ends their row:
 // the position that follows such a one is none.
@@ -26,8 +27,28 @@ uint64_t FindPatterns(const unsigned char *block) {
     return patterns;
 }
 
-// Writes the encapsulated form of the source; a null destination: only measures it. Returns its length.
-size_t Encapsulate(const unsigned char *source, size_t length, unsigned char *destination) {
+// Writes the encapsulated form of the source, byte by byte; a null destination: only measures it. Returns its
+// length.
+size_t EncapsulateBytes(const unsigned char *source, size_t length, unsigned char *destination) {
+    size_t inserted = 0;
+    unsigned int zeros = 0;
+    for (size_t i = 0; i < length; i++) {
+        if (zeros == 2 && source[i] <= 3) {
+            if (destination != nullptr)
+                destination[i + inserted] = kEmulationPreventionByte;
+            inserted++;
+            zeros = 0;
+        }
+        if (destination != nullptr)
+            destination[i + inserted] = source[i];
+        zeros = source[i] == 0 ? zeros + 1 : 0;
+    }
+    return length + inserted;
+}
+
+// The same. The short ones have a function of their own, with next to no registers to save.
+[[gnu::noinline]] size_t EncapsulateLong(const unsigned char *source, size_t length,
+                                         unsigned char *destination) {
     const unsigned char *in = source;
     const unsigned char *const end = source + length;
     size_t inserted = 0;
@@ -53,23 +74,42 @@ size_t Encapsulate(const unsigned char *source, size_t length, unsigned char *de
         }
         inserted += static_cast<size_t>(std::popcount(patterns));
     }
-    for (; end - in >= static_cast<ptrdiff_t>(kTriplets) && !HasTriplet(in, kIsEmulating); in += kVector) {
+    while (end - in >= static_cast<ptrdiff_t>(kTriplets)) {
+        const size_t clean = FirstTriplet(in, kIsEmulating);
+        unsigned char *const place = out();
         if (destination != nullptr)
-            Store(out(), Load(in));
-    }
-    unsigned int zeros = 0;
-    for (; in < end; in++) {
-        if (zeros == 2 && *in <= 3) {
-            if (destination != nullptr)
-                *out() = kEmulationPreventionByte;
-            inserted++;
-            zeros = 0;
+            Store(place, Load(in));
+        if (clean == kVector) {
+            in += kVector;
+            continue;
         }
-        if (destination != nullptr)
-            *out() = *in;
-        zeros = *in == 0 ? zeros + 1 : 0;
+        if (destination != nullptr) {
+            place[clean + 1] = 0;  // which the vector may not have had
+            place[clean + 2] = kEmulationPreventionByte;
+        }
+        in += clean + 2;
+        inserted++;
     }
-    return length + inserted;
+    const size_t rest = static_cast<size_t>(end - in);
+    // Together with bytes in front of it that went over as they were: nothing is inserted among a vector's
+    // bytes when no pattern begins two bytes in front of it or later.
+    if (FirstTriplet(end - kTriplets, kIsEmulating) == kVector) {
+        if (destination != nullptr) {
+            if (rest > kVector)
+                *out() = *in;
+            Store(out() + rest - kVector, Load(end - kVector));
+        }
+        return length + inserted;
+    }
+    return static_cast<size_t>(in - source) + inserted + EncapsulateBytes(in, rest, out());
+}
+
+size_t Encapsulate(const unsigned char *source, size_t length, unsigned char *destination) {
+    if (length >= kTriplets)
+        return EncapsulateLong(source, length, destination);
+    if (destination != nullptr && CopyShort(source, length, destination, kIsEmulatingInWord))
+        return length;
+    return EncapsulateBytes(source, length, destination);
 }
 
 }  // namespace

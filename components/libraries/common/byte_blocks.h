@@ -6,10 +6,13 @@
 #ifndef COMMON_BYTE_BLOCKS_H
 #define COMMON_BYTE_BLOCKS_H
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+
+#include "words.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -50,6 +53,22 @@ inline bool HasZero(Vector bytes) {
             return true;
     }
     return false;
+#endif
+}
+
+// The position of the first 0xFF in a comparison (0xFF or 0x00 each), kVector when there is none.
+inline size_t FirstSet(Vector comparison) {
+#if defined(__SSE2__)
+    const int bits = _mm_movemask_epi8(reinterpret_cast<__m128i>(comparison));
+    return static_cast<size_t>(std::countr_zero(static_cast<unsigned int>(bits) | 1U << kVector));
+#elif defined(__ARM_NEON) && defined(__aarch64__)
+    const uint8x8_t nibbles = vshrn_n_u16(vreinterpretq_u16_u8(comparison), 4);
+    return static_cast<size_t>(std::countr_zero(vget_lane_u64(vreinterpret_u64_u8(nibbles), 0))) / 4;
+#else
+    size_t i = 0;
+    while (i < kVector && comparison[i] == 0)
+        i++;
+    return i;
 #endif
 }
 
@@ -111,9 +130,10 @@ Vector Triplets(const unsigned char *bytes, Third third) {
 // How many bytes are looked at for a vector of them.
 constexpr size_t kTriplets = kVector + 2;
 
+// The position among a vector's bytes of the first one at which they begin; kVector: they begin at none.
 template <typename Third>
-bool HasTriplet(const unsigned char *bytes, Third third) {
-    return HasZero(~Triplets(bytes, third));
+size_t FirstTriplet(const unsigned char *bytes, Third third) {
+    return FirstSet(Triplets(bytes, third));
 }
 
 // The positions in a block at which they begin.
@@ -121,6 +141,40 @@ template <typename Third>
 uint64_t FindTriplets(const unsigned char *block, Third third) {
     return Mask(Triplets(block, third), Triplets(block + kVector, third),
                 Triplets(block + 2 * kVector, third), Triplets(block + 3 * kVector, third));
+}
+
+// Copies less than kTriplets bytes, but at least four, if they begin nowhere among them. Returns whether it
+// did. `third` is of words here, and makes a zero byte of each byte for which it holds.
+template <typename Third>
+bool CopyShort(const unsigned char *source, size_t length, unsigned char *destination, Third third) {
+    using namespace bitbuffer;
+    // whether they begin among the first n bytes of a word
+    const auto has_triplet = [third](uint64_t word, size_t n) {
+        return HasZeroByte(word | word << 8 | third(word << 16) | ~uint64_t{0} >> 8 * (n - 2));
+    };
+    if (length < 4)
+        return false;
+    if (length < 8) {
+        const uint32_t first = LoadHalfWord(source);
+        const uint32_t last = LoadHalfWord(source + length - 4);
+        if (has_triplet(uint64_t{first} << 32 | uint64_t{last} << 8 * (8 - length), length))
+            return false;
+        std::memcpy(destination, source, 4);
+        std::memcpy(destination + length - 4, source + length - 4, 4);
+        return true;
+    }
+    // three words, each of which begins where two bytes of the one in front of it are left, or before
+    const size_t middle_at = std::min<size_t>(length - 8, 6);
+    const uint64_t first = LoadWord(source);
+    const uint64_t middle = LoadWord(source + middle_at);
+    const uint64_t last = LoadWord(source + length - 8);
+    if (has_triplet(first, 8) || has_triplet(middle, 8) || has_triplet(last, 8))
+        return false;
+    if (length > 16)
+        destination[8] = source[8];
+    std::memcpy(destination, source, 8);
+    std::memcpy(destination + length - 8, source + length - 8, 8);
+    return true;
 }
 
 // Copies n bytes a vector at a time: less than a vector more is read, and written. Most are less than a

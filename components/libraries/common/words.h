@@ -3,39 +3,44 @@
 #ifndef COMMON_WORDS_H
 #define COMMON_WORDS_H
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
 
 namespace bitbuffer {
 
-// Eight bytes as a big-endian number. Compilers make one load and one byte swap of it.
-inline uint64_t LoadWord(const unsigned char *bytes) {
-    return uint64_t{bytes[0]} << 56 | uint64_t{bytes[1]} << 48 | uint64_t{bytes[2]} << 40 |
-           uint64_t{bytes[3]} << 32 | uint64_t{bytes[4]} << 24 | uint64_t{bytes[5]} << 16 |
-           uint64_t{bytes[6]} << 8 | uint64_t{bytes[7]};
+// Between the machine's order of bytes and big-endian, in either direction.
+inline uint64_t BigEndian(uint64_t word) {
+    return std::endian::native == std::endian::little ? __builtin_bswap64(word) : word;
 }
 
-// Written out for the same reason: one byte swap and one store.
+inline uint32_t BigEndian(uint32_t half_word) {
+    return std::endian::native == std::endian::little ? __builtin_bswap32(half_word) : half_word;
+}
+
+// Eight bytes as a big-endian number. By way of memcpy, so that it is one load and one byte swap whatever is
+// made of the number, and one store below.
+inline uint64_t LoadWord(const unsigned char *bytes) {
+    uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return BigEndian(word);
+}
+
 inline void StoreWord(unsigned char *bytes, uint64_t word) {
-    bytes[0] = static_cast<unsigned char>(word >> 56);
-    bytes[1] = static_cast<unsigned char>(word >> 48);
-    bytes[2] = static_cast<unsigned char>(word >> 40);
-    bytes[3] = static_cast<unsigned char>(word >> 32);
-    bytes[4] = static_cast<unsigned char>(word >> 24);
-    bytes[5] = static_cast<unsigned char>(word >> 16);
-    bytes[6] = static_cast<unsigned char>(word >> 8);
-    bytes[7] = static_cast<unsigned char>(word);
+    word = BigEndian(word);
+    std::memcpy(bytes, &word, sizeof word);
 }
 
 // The same for four bytes.
 inline uint32_t LoadHalfWord(const unsigned char *bytes) {
-    return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | uint32_t{bytes[3]};
+    uint32_t half_word = 0;
+    std::memcpy(&half_word, bytes, sizeof half_word);
+    return BigEndian(half_word);
 }
 
-inline void StoreHalfWord(unsigned char *bytes, uint32_t word) {
-    bytes[0] = static_cast<unsigned char>(word >> 24);
-    bytes[1] = static_cast<unsigned char>(word >> 16);
-    bytes[2] = static_cast<unsigned char>(word >> 8);
-    bytes[3] = static_cast<unsigned char>(word);
+inline void StoreHalfWord(unsigned char *bytes, uint32_t half_word) {
+    half_word = BigEndian(half_word);
+    std::memcpy(bytes, &half_word, sizeof half_word);
 }
 
 inline bool HasZeroByte(uint64_t word) {

@@ -12,13 +12,13 @@ BOOL _GetNALTypeOffset(const unsigned char *pBuffer, int buffer_len, int *pnOffs
     if (pBuffer[0] != 0 || pBuffer[1] != 0)
         return FALSE;
     if (pBuffer[2] == 1) {
-        TRACE(kDetail, "Found Annex-B 3 bytes start code prefix.\n");
         *pnOffset = 3;
+        TRACE(kDetail, "Found Annex-B 3 bytes start code prefix.\n");
         return TRUE;
     }
     if (pBuffer[2] == 0 && buffer_len >= 4 && pBuffer[3] == 1) {
-        TRACE(kDetail, "Found Annex-B 4 bytes start code prefix.\n");
         *pnOffset = 4;
+        TRACE(kDetail, "Found Annex-B 4 bytes start code prefix.\n");
         return TRUE;
     }
     return FALSE;

@@ -22,9 +22,10 @@ bool IsLongEnough(const ParseInput &input, const ParseFrameTexts &texts) {
 constexpr int64_t kLongestSodb = UINT_MAX / 8;
 
 // The steps behind the length test. Of the NAL unit, `prefix` bytes are de-encapsulated.
-const unsigned char *FillScratch(const ParseInput &input, const ParseFrameTexts &texts,
-                                 unsigned char *scratch, unsigned int capacity, bitbuffer_t *bb,
-                                 int64_t prefix) {
+[[gnu::always_inline]] inline const unsigned char *FillScratch(const ParseInput &input,
+                                                               const ParseFrameTexts &texts,
+                                                               unsigned char *scratch, unsigned int capacity,
+                                                               bitbuffer_t *bb, int64_t prefix) {
     int offset = 0;
     const int searched = static_cast<int>(std::min<int64_t>(input.length, INT_MAX));
     if (!_GetNALTypeOffset(input.nal, searched, &offset)) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <climits>
+#include <cstring>
 
 #include "byte_blocks.h"
 #include "common/trace.h"
@@ -16,31 +17,10 @@ constexpr unsigned int kNalHeaderSize = 2;
 
 constexpr int kManyPieces = 8;  // of a block, beyond which single bytes are quicker
 
-constexpr auto kIsThree = [](Vector third) { return third == 3; };
+constexpr ptrdiff_t kFillAVector = kVector * 3 / 2;  // as many bytes leave a vector's, whatever is left out
 
-// Copies 4 to 15 bytes if no two zero bytes are among them. Returns whether it did.
-bool CopyShort(const unsigned char *source, size_t length, unsigned char *destination) {
-    using namespace bitbuffer;
-    // A byte or-ed with its successor; the last one has none.
-    const auto pairs = [](uint64_t word) { return word | word << 8 | 0xFF; };
-    if (length >= 8) {
-        const uint64_t first = LoadWord(source);
-        const uint64_t last = LoadWord(source + length - 8);
-        if (HasZeroByte(pairs(first)) || HasZeroByte(pairs(last)))
-            return false;
-        StoreWord(destination, first);
-        StoreWord(destination + length - 8, last);
-        return true;
-    }
-    const uint32_t first = LoadHalfWord(source);
-    const uint32_t last = LoadHalfWord(source + length - 4);
-    const uint64_t word = uint64_t{first} << 8 * (length - 4) | last;  // with zeros in front
-    if (HasZeroByte(pairs(word) | ~uint64_t{0} << 8 * length))
-        return false;
-    StoreHalfWord(destination, first);
-    StoreHalfWord(destination + length - 4, last);
-    return true;
-}
+constexpr auto kIsThree = [](Vector third) { return third == 3; };
+constexpr auto kIsThreeInWord = [](uint64_t third) { return third ^ 0x0303030303030303U; };
 
 // Copies byte by byte, up to `stop` or a byte or two behind it, but not behind `end`: no pattern begins in
 // the two bytes in front of that.
@@ -69,10 +49,10 @@ void CopyBytesWithout(const unsigned char *stop, const unsigned char *end, const
     *destination = out;
 }
 
-// Copies the source without the third byte of every 00 00 03. Returns the number of bytes written.
-size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, unsigned char *destination) {
-    if (length >= 4 && length < 16 && CopyShort(source, length, destination))
-        return length;
+// Copies the source without the third byte of every 00 00 03. Returns the number of bytes written. The short
+// ones have a function of their own, with next to no registers to save.
+[[gnu::noinline]] size_t RemoveFromLong(const unsigned char *source, size_t length,
+                                        unsigned char *destination) {
     const unsigned char *in = source;
     const unsigned char *const end = source + length;
     unsigned char *out = destination;
@@ -101,23 +81,44 @@ size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, uns
                               [](const unsigned char **third, unsigned char **) { ++*third; });
     }
     while (end - in >= static_cast<ptrdiff_t>(kTriplets)) {
-        if (HasTriplet(in, kIsThree)) {
-            copy_bytes_up_to(in + kVector);
-        } else {
+        const size_t clean = FirstTriplet(in, kIsThree);
+        if (clean == kVector) {
             Store(out, Load(in));
             in += kVector;
             out += kVector;
+            continue;
         }
+        if (end - in >= kFillAVector)
+            Store(out, Load(in));
+        else
+            std::memcpy(out, in, clean);
+        out[clean] = out[clean + 1] = 0;  // which the vector may not have had
+        in += clean + 3;
+        out += clean + 2;
     }
-    // The rest, together with bytes in front of it that went over as they were: none of a vector's bytes is
-    // left out when no pattern begins two bytes in front of it or later.
-    if (length >= kTriplets && !HasTriplet(end - kTriplets, kIsThree)) {
-        if (end - in > static_cast<ptrdiff_t>(kVector))
-            *out++ = *in++;
-        Store(out + (end - in) - kVector, Load(end - kVector));
-        return static_cast<size_t>(out - destination) + static_cast<size_t>(end - in);
+    const size_t rest = static_cast<size_t>(end - in);
+    // Together with bytes in front of it that went over as they were: none of a vector's bytes is left out
+    // when no pattern begins two bytes in front of it or later.
+    if (FirstTriplet(end - kTriplets, kIsThree) == kVector) {
+        if (rest > kVector)
+            *out = *in;
+        Store(out + rest - kVector, Load(end - kVector));
+        return static_cast<size_t>(out - destination) + rest;
     }
+    if (CopyShort(in, rest, out, kIsThreeInWord))
+        return static_cast<size_t>(out - destination) + rest;
     copy_bytes_up_to(end);
+    return static_cast<size_t>(out - destination);
+}
+
+size_t RemoveEmulationPrevention(const unsigned char *source, size_t length, unsigned char *destination) {
+    if (length >= kTriplets)
+        return RemoveFromLong(source, length, destination);
+    if (CopyShort(source, length, destination, kIsThreeInWord))
+        return length;
+    const unsigned char *in = source;
+    unsigned char *out = destination;
+    CopyBytesWithout(source + length, source + length, &in, &out);
     return static_cast<size_t>(out - destination);
 }
 
