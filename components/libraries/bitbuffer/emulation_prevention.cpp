@@ -75,14 +75,15 @@ size_t EncapsulateBytes(const unsigned char *source, size_t length, unsigned cha
         inserted += static_cast<size_t>(std::popcount(patterns));
     }
     while (end - in >= static_cast<ptrdiff_t>(kTriplets)) {
-        const size_t clean = FirstTriplet(in, kIsEmulating);
+        const Places triplets = TripletPlaces(in, kIsEmulating);
         unsigned char *const place = out();
         if (destination != nullptr)
             Store(place, Load(in));
-        if (clean == kVector) {
+        if (triplets.none()) {
             in += kVector;
             continue;
         }
+        const size_t clean = triplets.first();
         if (destination != nullptr) {
             place[clean + 1] = 0;  // which the vector may not have had
             place[clean + 2] = kEmulationPreventionByte;
@@ -93,7 +94,7 @@ size_t EncapsulateBytes(const unsigned char *source, size_t length, unsigned cha
     const size_t rest = static_cast<size_t>(end - in);
     // Together with bytes in front of it that went over as they were: nothing is inserted among a vector's
     // bytes when no pattern begins two bytes in front of it or later.
-    if (FirstTriplet(end - kTriplets, kIsEmulating) == kVector) {
+    if (TripletPlaces(end - kTriplets, kIsEmulating).none()) {
         if (destination != nullptr) {
             if (rest > kVector)
                 *out() = *in;

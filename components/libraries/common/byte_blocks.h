@@ -56,21 +56,38 @@ inline bool HasZero(Vector bytes) {
 #endif
 }
 
-// The position of the first 0xFF in a comparison (0xFF or 0x00 each), kVector when there is none.
-inline size_t FirstSet(Vector comparison) {
+// The bytes of a vector for which a comparison holds (0xFF; 0x00 where it does not).
+class Places {
+ public:
+    explicit Places(Vector comparison) {
 #if defined(__SSE2__)
-    const int bits = _mm_movemask_epi8(reinterpret_cast<__m128i>(comparison));
-    return static_cast<size_t>(std::countr_zero(static_cast<unsigned int>(bits) | 1U << kVector));
+        mask_ = static_cast<unsigned int>(_mm_movemask_epi8(reinterpret_cast<__m128i>(comparison)));
 #elif defined(__ARM_NEON) && defined(__aarch64__)
-    const uint8x8_t nibbles = vshrn_n_u16(vreinterpretq_u16_u8(comparison), 4);
-    return static_cast<size_t>(std::countr_zero(vget_lane_u64(vreinterpret_u64_u8(nibbles), 0))) / 4;
+        const uint8x8_t nibbles = vshrn_n_u16(vreinterpretq_u16_u8(comparison), 4);
+        mask_ = vget_lane_u64(vreinterpret_u64_u8(nibbles), 0);
 #else
-    size_t i = 0;
-    while (i < kVector && comparison[i] == 0)
-        i++;
-    return i;
+        for (size_t i = 0; i < kVector; i++)
+            mask_ |= Mask{comparison[i] & 1U} << i;
 #endif
-}
+    }
+
+    bool none() const {
+        return mask_ == 0;
+    }
+    size_t first() const {
+        return static_cast<size_t>(std::countr_zero(mask_)) / kBitsOfAByte;
+    }
+
+ private:
+#if defined(__ARM_NEON) && defined(__aarch64__)
+    using Mask = uint64_t;
+    static constexpr size_t kBitsOfAByte = 4;
+#else
+    using Mask = unsigned int;
+    static constexpr size_t kBitsOfAByte = 1;
+#endif
+    Mask mask_ = 0;
+};
 
 // A bit for each byte of a block of comparisons (0xFF or 0x00 each), the lowest for the first byte.
 inline uint64_t Mask(Vector a, Vector b, Vector c, Vector d) {
@@ -130,10 +147,10 @@ Vector Triplets(const unsigned char *bytes, Third third) {
 // How many bytes are looked at for a vector of them.
 constexpr size_t kTriplets = kVector + 2;
 
-// The position among a vector's bytes of the first one at which they begin; kVector: they begin at none.
+// At which of a vector's bytes they begin.
 template <typename Third>
-size_t FirstTriplet(const unsigned char *bytes, Third third) {
-    return FirstSet(Triplets(bytes, third));
+Places TripletPlaces(const unsigned char *bytes, Third third) {
+    return Places(Triplets(bytes, third));
 }
 
 // The positions in a block at which they begin.

@@ -81,13 +81,14 @@ void CopyBytesWithout(const unsigned char *stop, const unsigned char *end, const
                               [](const unsigned char **third, unsigned char **) { ++*third; });
     }
     while (end - in >= static_cast<ptrdiff_t>(kTriplets)) {
-        const size_t clean = FirstTriplet(in, kIsThree);
-        if (clean == kVector) {
+        const Places triplets = TripletPlaces(in, kIsThree);
+        if (triplets.none()) {
             Store(out, Load(in));
             in += kVector;
             out += kVector;
             continue;
         }
+        const size_t clean = triplets.first();
         if (end - in >= kFillAVector)
             Store(out, Load(in));
         else
@@ -99,7 +100,7 @@ void CopyBytesWithout(const unsigned char *stop, const unsigned char *end, const
     const size_t rest = static_cast<size_t>(end - in);
     // Together with bytes in front of it that went over as they were: none of a vector's bytes is left out
     // when no pattern begins two bytes in front of it or later.
-    if (FirstTriplet(end - kTriplets, kIsThree) == kVector) {
+    if (TripletPlaces(end - kTriplets, kIsThree).none()) {
         if (rest > kVector)
             *out = *in;
         Store(out + rest - kVector, Load(end - kVector));

@@ -20,14 +20,17 @@ bool IsIdr(int nal_unit_type) {
 // The most that is read: in the order of the elements, a ue(v) taking up to 65 bits.
 constexpr int64_t MAX_BYTES_READ = (1 + 1 + 65 + 1 + 32 + 32 + 65 + 1 + 2 + 32 + 7) / 8;
 
+constexpr UINT64 TOO_LARGE_CTB = ~UINT64{0} << 31;
+
 // A picture dimension in coding tree blocks. Block sizes beyond 32 bits, which no valid SPS has, wrap.
 UINT64 SizeInCtbs(UINT64 luma_samples, const sps_h265_t &sps) {
     const UINT64 MinCbLog2SizeY = sps.log2_min_luma_coding_block_size_minus3 + 3;
     const UINT64 CtbLog2SizeY = MinCbLog2SizeY + sps.log2_diff_max_min_luma_coding_block_size;
-    // as a signed 32-bit number of which an unsigned 64-bit one is made: 1 << 31 becomes 2^64 - 2^31
-    const UINT64 CtbSizeY =
-        static_cast<UINT64>(static_cast<INT64>(static_cast<int32_t>(1U << (CtbLog2SizeY % 32))));
-    return luma_samples / CtbSizeY + (luma_samples % CtbSizeY != 0);
+    const unsigned int shift = CtbLog2SizeY % 32;
+    if (shift == 31)  // the size is a signed 32-bit number, of which 1 << 31 makes 2^64 - 2^31
+        return luma_samples / TOO_LARGE_CTB + (luma_samples % TOO_LARGE_CTB != 0);
+    const UINT64 rest = luma_samples & ((UINT64{1} << shift) - 1);
+    return (luma_samples >> shift) + (rest != 0);
 }
 
 // The width of slice_segment_address: one bit more than H.265 codes when the number of coding tree blocks is
