@@ -8,12 +8,13 @@ constexpr unsigned int kPayloadType = 4;  // user_data_registered_itu_t_t35
 // A big-endian number of the payload.
 template <typename Number>
 bool ReadNumber(SeiReader *reader, Number *number) {
-    unsigned char bytes[sizeof(Number)];
-    if (!NextBytes(reader, bytes, sizeof bytes))
-        return false;
     uint64_t value = 0;
-    for (const unsigned char byte : bytes)
+    for (size_t i = 0; i < sizeof(Number); i++) {
+        unsigned char byte = 0;
+        if (!NextByte(reader, &byte))
+            return false;
         value = value << 8 | byte;
+    }
     *number = static_cast<Number>(value);
     return true;
 }
