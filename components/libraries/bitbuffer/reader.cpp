@@ -74,10 +74,8 @@ int GetNextNBitsAsStringEx(bitbuffer_t *bb, unsigned int n, unsigned char *desti
         destination += n / 8;
         reader.Skip(n / 8 * 8);
     } else {
-        for (; n >= 64; n -= 64, destination += 8) {
-            const uint64_t high = take(32);
-            bitbuffer::StoreWord(destination, high << 32 | take(32));
-        }
+        for (; n >= 32; n -= 32, destination += 4)
+            bitbuffer::StoreHalfWord(destination, static_cast<uint32_t>(take(32)));
         for (; n >= 8; n -= 8)
             *destination++ = static_cast<unsigned char>(take(8));
     }

@@ -11,7 +11,8 @@ BitString::~BitString() {
 }
 
 bool AllocateBitString(BitString *string) {
-    string->bytes = static_cast<unsigned char *>(std::calloc(1, BIT_STRING_CAPACITY));
+    // not cleared: a run is read from it that was written before
+    string->bytes = static_cast<unsigned char *>(std::malloc(BIT_STRING_CAPACITY));
     if (string->bytes != nullptr)
         return true;
     // speaks of bits, and gives bytes

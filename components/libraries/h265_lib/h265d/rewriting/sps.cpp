@@ -1,5 +1,6 @@
 #include "h265d/rewriting/sps.h"
 
+#include "common/read.h"
 #include "common/write.h"
 #include "h265d/rewriting/rewrite_run.h"
 #include "h265d/rewriting/sps_frame.h"
@@ -8,25 +9,26 @@
 namespace {
 
 // Reads an element of the input and drops it. The report is in `text`.
-int SkipUe(const TraceSite &site, bitbuffer_t *bb, const char *text) {
+int SkipUe(const TraceSite &site, BitReader &bb, const char *text) {
     uint32_t dropped = 0;
-    if (GetUint32Golomb(bb, &dropped) != -1)
+    if (bb.GetGolomb(&dropped) != -1)
         return 0;
     TraceAt(site, kError, text);
     return -1;
 }
 
-int SkipFlag(const TraceSite &site, bitbuffer_t *bb, const char *text) {
+int SkipFlag(const TraceSite &site, BitReader &bb, const char *text) {
     int dropped = 0;
-    if (GetNextBitEx(bb, &dropped) != -1)
+    if (bb.GetFlag(&dropped) != -1)
         return 0;
     TraceAt(site, kError, text);
     return -1;
 }
 
 // The input's picture size and conformance window. Whether there is a window the record says, not the input.
-int SkipPictureSize(const TraceSite &site, bitbuffer_t *bb, const sps_h265_t &sps) {
+int SkipPictureSize(const TraceSite &site, bitbuffer_t *sps_bb, const sps_h265_t &sps) {
     static constexpr char kSize[] = "cannot parse pic_width_in_luma_samples.\n";  // width and height alike
+    BitReader bb(sps_bb);
     if (SkipUe(site, bb, kSize) == -1 || SkipUe(site, bb, kSize) == -1 ||
         SkipFlag(site, bb, "cannot parse conformance_window_flag.\n") == -1)
         return -1;
@@ -63,10 +65,13 @@ int _modify_sps_parameters(bitbuffer_t *sps_bb, int SpsSodbLength, const sps_h26
     int num_bits = sps->ptl.general_scantype_bitoffset;
     if (CopyRun(sps_bb, num_bits, new_sps_bb, &string) == -1)
         return -1;
-    SET_FLAG(new_sps_bb, &sps->ptl, general_progressive_source_flag);
-    SET_FLAG(new_sps_bb, &sps->ptl, general_interlaced_source_flag);
-    SET_FLAG_AS(new_sps_bb, 0, "cannot parse general_non_packed_constraint_flag.\n");
-    SET_FLAG_AS(new_sps_bb, 0, "Failed to set general_frame_only_constraint_flag.\n");
+    {
+        BitWriter bb(new_sps_bb);
+        SET_FLAG(bb, &sps->ptl, general_progressive_source_flag);
+        SET_FLAG(bb, &sps->ptl, general_interlaced_source_flag);
+        SET_FLAG_AS(bb, 0, "cannot parse general_non_packed_constraint_flag.\n");
+        SET_FLAG_AS(bb, 0, "Failed to set general_frame_only_constraint_flag.\n");
+    }
     AdvanceBitOffset(sps_bb, kSourceFlags);
 
     num_bits = BitsUpTo(sps->before_pic_num_samples_offset, *sps_bb);
@@ -74,14 +79,17 @@ int _modify_sps_parameters(bitbuffer_t *sps_bb, int SpsSodbLength, const sps_h26
           num_bits);
     if (CopyRun(sps_bb, num_bits, new_sps_bb, &string) == -1)
         return -1;
-    SET_UE_AS(new_sps_bb, sps->pic_width_in_luma_samples, kSizeNotSet);
-    SET_UE_AS(new_sps_bb, sps->pic_height_in_luma_samples, kSizeNotSet);
-    SET_FLAG(new_sps_bb, sps, conformance_window_flag);
-    if (sps->conformance_window_flag) {
-        SET_UE_AS(new_sps_bb, sps->conf_win_left_offset, kSizeNotSet);
-        SET_UE_AS(new_sps_bb, sps->conf_win_right_offset, kSizeNotSet);
-        SET_UE_AS(new_sps_bb, sps->conf_win_top_offset, kSizeNotSet);
-        SET_UE_AS(new_sps_bb, sps->conf_win_bottom_offset, kSizeNotSet);
+    {
+        BitWriter bb(new_sps_bb);
+        SET_UE_AS(bb, sps->pic_width_in_luma_samples, kSizeNotSet);
+        SET_UE_AS(bb, sps->pic_height_in_luma_samples, kSizeNotSet);
+        SET_FLAG(bb, sps, conformance_window_flag);
+        if (sps->conformance_window_flag) {
+            SET_UE_AS(bb, sps->conf_win_left_offset, kSizeNotSet);
+            SET_UE_AS(bb, sps->conf_win_right_offset, kSizeNotSet);
+            SET_UE_AS(bb, sps->conf_win_top_offset, kSizeNotSet);
+            SET_UE_AS(bb, sps->conf_win_bottom_offset, kSizeNotSet);
+        }
     }
     if (SkipPictureSize(TRACE_SITE, sps_bb, *sps) == -1)
         return -1;

@@ -54,8 +54,9 @@ SpsRewriting RewriteSpsNal(const TraceSite &site, const unsigned char *pBuffer, 
     }
 
     const int NewSpsBufLength = static_cast<int>(buffer_len) + MIN_VUI_PARAMETERS_SIZE_BYTES;
+    // malloc keeps blocks of usual sizes ready, which calloc does not look for
     unsigned char *const pNewSpsBuffer =
-        static_cast<unsigned char *>(std::calloc(1, static_cast<size_t>(NewSpsBufLength)));
+        static_cast<unsigned char *>(std::malloc(static_cast<size_t>(NewSpsBufLength)));
     if (pNewSpsBuffer == nullptr) {
         AssertAt(site, "pNewSpsBuffer = calloc(1, NewSpsBufLength)");
         return Cleared(SpsRewriting::kFailed, ppNewSpsBuffer, pNewSPSLength);
@@ -64,8 +65,10 @@ SpsRewriting RewriteSpsNal(const TraceSite &site, const unsigned char *pBuffer, 
     std::memcpy(pNewSpsBuffer, pBuffer, static_cast<size_t>(header));
     const int encapsulated = RBSP_encapsulation_within_NAL(new_sodb, new_sodb_length, pNewSpsBuffer + header,
                                                            NewSpsBufLength - header);
+    const int length = header + encapsulated;  // a header alone when it did not fit
+    std::memset(pNewSpsBuffer + length, 0, static_cast<size_t>(NewSpsBufLength - length));
     *ppNewSpsBuffer = pNewSpsBuffer;
-    *pNewSPSLength = static_cast<UINT>(header + encapsulated);  // a header alone when it did not fit
+    *pNewSPSLength = static_cast<UINT>(length);
     return SpsRewriting::kDone;
 }
 

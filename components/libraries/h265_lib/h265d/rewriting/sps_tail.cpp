@@ -34,9 +34,12 @@ int FinishSps(bitbuffer_t *reader, int SpsSodbLength, const sps_h265_t *sps, bit
     ASSERT_ARGUMENT(StopBitPos >= 0);
     TRACE(kFunction, "Before Trailing bits, bitbuffer BitOffset:%d, StopBitPos:%d, LastByte:%#x.\n",
           writer->bit_offset, StopBitPos, LastByte);
-    SET_U_AS(writer, static_cast<unsigned int>(LastByteNumBits), LastByte, "Failed to set StopBit.\n");
-    while (!IsByteAligned(*writer))
-        SET_FLAG_AS(writer, 0, "Failed to set padding bit.\n");
+    {
+        BitWriter bb(writer);
+        SET_U_AS(bb, static_cast<unsigned int>(LastByteNumBits), LastByte, "Failed to set StopBit.\n");
+        while (bb.offset() % 8 != 0)
+            SET_FLAG_AS(bb, 0, "Failed to set padding bit.\n");
+    }
 
     const int bytes = BytesWritten(*writer);
     TRACE(kFunction, "Final new SPS num_bits:%d, Bytes:%d.\n", writer->bit_offset, bytes);
