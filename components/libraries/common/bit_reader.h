@@ -114,11 +114,13 @@ class BitReader {
 
     // ue(v), clause 9.2. The longest code word that still gives 32 bits has 32 leading zeros.
     [[gnu::always_inline]] int GetGolomb(uint32_t *value) {
-        HasInWindow(kUsualGolomb);
-        const unsigned int zeros = static_cast<unsigned int>(std::countl_zero(window_ | 1));
-        const unsigned int length = 2 * zeros + 1;
-        if (length > window_end_ - at_) [[unlikely]]
-            return GetLongGolomb(value);
+        unsigned int length = GolombLength();
+        if (length > window_end_ - at_) [[unlikely]] {
+            FillWindow();
+            length = GolombLength();
+            if (length > window_end_ - at_) [[unlikely]]
+                return GetLongGolomb(value);
+        }
         *value = static_cast<uint32_t>(Take(length) - 1);
         return 0;
     }
@@ -177,7 +179,11 @@ class BitReader {
 
  private:
     static constexpr unsigned int kFieldInWindow = 57;  // that starts at any bit of the window's first byte
-    static constexpr unsigned int kUsualGolomb = 31;    // values below 2^16 - 1
+
+    // Of the code word that comes next; more than the window holds when it does not hold the whole of it.
+    unsigned int GolombLength() const {
+        return 2 * static_cast<unsigned int>(std::countl_zero(window_ | 1)) + 1;
+    }
 
     // Loads the window anew: with at least 57 bits, or all that are left.
     [[gnu::always_inline]] void FillWindow() {
