@@ -85,7 +85,9 @@ def mutants_of(path, compiled_lines):
 
 
 def run(command, **options):
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, **options)
+    # a mutant may print what is no UTF-8
+    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
+                          **options)
 
 
 class Build:

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "bit_writer.h"
 #include "bitbuffer.h"
 #include "support/bit_string.h"
 #include "support/nal_unit.h"
@@ -247,6 +248,32 @@ TEST_F(StringWrite, NullArgumentsAreReportedAndFail) {
     EXPECT_EQ(SetNextNBitsFromString(nullptr, 8, &packed), -1);
     ExpectNotWritten([](bitbuffer_t *bb) { return SetNextNBitsFromString(bb, 8, nullptr); }, 0, 8, &random_);
     EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("bb != NULL"), AssertionOf("source != NULL")));
+}
+
+// ---- one writer for several elements ---------------------------------------------------------------------
+
+// So that codes of every length come behind every number of bits that the writer holds back.
+TEST(BitWriter, CodesFollowEachOtherAtEveryPosition) {
+    std::mt19937_64 random(5);
+    for (unsigned int zeros = 0; zeros <= 32; zeros++) {
+        // all ones behind the zeros; with 32 of them there is one code only
+        const uint32_t value = zeros == 32 ? UINT32_MAX : static_cast<uint32_t>((uint64_t{2} << zeros) - 2);
+        for (unsigned int in_front = 1; in_front <= 32; in_front++) {
+            SCOPED_TRACE(testing::Message() << zeros << " zeros behind " << in_front << " bits");
+            BitString bits;
+            bits.U(in_front, 0xA5A5'A5A5);
+            for (int i = 0; i < 8; i++)
+                bits.Ue(value);
+            const Write write = [=](bitbuffer_t *bb) {
+                bitbuffer::BitWriter writer(bb);
+                int result = writer.PutBits(in_front, 32, 0xA5A5'A5A5);
+                for (int i = 0; i < 8 && result == 0; i++)
+                    result = writer.PutGolomb(value);
+                return result;
+            };
+            ASSERT_NO_FATAL_FAILURE(ExpectWritten(write, 0, bits.size(), bits, &random));
+        }
+    }
 }
 
 // ---- all together ----------------------------------------------------------------------------------------

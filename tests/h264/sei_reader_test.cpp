@@ -159,12 +159,22 @@ TEST(SeiReader, PayloadSizesThatPointPastTheData) {
     // even of a message that has all its elements
     EXPECT_EQ(Find({0, 0, 1, 0x4E, 1, 4, 10, 0xB5, 0, 0x31, 'D', 'T', 'G', '1', 0x41, 0xF8, 0x80}), -1);
     EXPECT_EQ(Find({0, 0, 1, 0x4E, 1, 4, 9, 0xB5, 0, 0x31, 'D', 'T', 'G', '1', 0x41, 0xF8, 0x80}), 2);
+    // nor do zeros behind the trailing bits make up for what is missing
+    EXPECT_EQ(Find({0, 0, 1, 0x4E, 1, 4, 11, 0xB5, 0, 0x31, 'D', 'T', 'G', '1', 0x41, 0xF8, 0x80, 0}), -1);
 }
 
 // A byte 3 behind more than two zeros goes as well, as in the removal of the H.265 library.
 TEST(SeiReader, EmulationPreventionBehindMoreZeros) {
     Bytes nal = {0, 0, 1, 0x4E, 1, 5, 4, 0, 0, 0, 3, 9};
     EXPECT_EQ(Find(Joined(nal, Joined(Message(4, kFormat), {0x80}))), 8);
+}
+
+// Zeros that one element ends in and those of the next one make a row.
+TEST(SeiReader, EmulationPreventionBetweenElements) {
+    const Bytes country_and_provider = {0, 0, 1, 'D', 'T', 'G', '1', 0x41, 0xF8};
+    EXPECT_EQ(Find(NalUnit(kPrefix, Joined(Message(4, country_and_provider), {0x80}))), 2);
+    const Bytes provider_and_identifier = {0xB5, 0, 0, 1, 0, 0, 2};
+    EXPECT_EQ(FindBehind(Message(4, provider_and_identifier)), 9 + 2);
 }
 
 // Sums of 2^32 - 1 and more, in front of a whole message.

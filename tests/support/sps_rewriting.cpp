@@ -113,6 +113,15 @@ Bytes SpsRewriter::Rewritten(const Bytes &nal, const sps_h265_t &sps) const {
     return result;
 }
 
+int SpsRewriter::Result(const ParsedSps &input) const {
+    Bytes sodb = input.bits.Bytes();
+    Bytes result(sodb.size() + 256);
+    bitbuffer_t reader{sodb.data(), 0, static_cast<unsigned int>(input.bits.size())};
+    bitbuffer_t writer{result.data(), 0, static_cast<unsigned int>(result.size()) * 8};
+    return rewrite(&reader, static_cast<int>(sodb.size()), input.sps.get(), &writer,
+                   static_cast<int>(result.size()));
+}
+
 Bytes SpsRewriter::Expected(const ParsedSps &input, const sps_h265_t &sps) const {
     Bytes nal(input.nal.begin(), input.nal.begin() + input.header() + 2);
     const Bytes payload = Encapsulated(model(input.bits, sps).bits().Bytes());

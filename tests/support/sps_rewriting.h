@@ -43,6 +43,9 @@ struct SpsRewriter {
     // The new NAL unit; none when the rewriting fails.
     Bytes Rewritten(const Bytes &nal, const sps_h265_t &sps) const;
 
+    // What the rewriting of the data itself returns.
+    int Result(const ParsedSps &input) const;
+
     // What it has to be: start code and header alone when the SPS grows by more than 256 bytes.
     Bytes Expected(const ParsedSps &input, const sps_h265_t &sps) const;
 };

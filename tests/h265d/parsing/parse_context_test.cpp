@@ -254,6 +254,7 @@ TEST_F(SpsContext, ParsingIntoTheContextForgetsWhatCannotBeRemembered) {
         ASSERT_TRUE(Parse(Nal(2)));
         const TraceCapture trace(3);
         Parse(other, &context().last_parsed_sps);
+        EXPECT_EQ(context().LastSPSLength, 0u);
         std::memset(&sps(), 0, sizeof sps());
         EXPECT_FALSE(Hits(Nal(2)));
         ExpectRemembers(Nal(2));

@@ -165,6 +165,18 @@ TEST_F(PpsContext, ARecordOfTheContextItselfMayBeTheDestination) {
     EXPECT_TRUE(Hits(Nal(4)));
 }
 
+// What is left in the context's record then is not what LastPPS was parsed to.
+TEST_F(PpsContext, ParsingIntoTheContextForgetsWhatCannotBeRemembered) {
+    for (const Bytes &other : {BrokenNal(), Nal(4, 257)}) {
+        ASSERT_TRUE(Parse(Nal(3)));
+        const TraceCapture trace(3);
+        Parse(other, &context_->last_parsed_pps);
+        EXPECT_EQ(context_->LastPPSLength, 0u);
+        EXPECT_FALSE(Hits(Nal(3)));
+        ExpectCached(Nal(3));
+    }
+}
+
 TEST_F(PpsContext, ShortInputIsRefusedInFrontOfTheComparison) {
     const Bytes nal = {0, 0, 0, 1};
     context_->LastPPSLength = nal.size();

@@ -350,6 +350,19 @@ TEST_F(ShortTermRefPicSet, MoreThan16PicturesAreUnreadable) {
     }
 }
 
+// Nothing is derived behind the last picture that a set can have.
+TEST_F(ShortTermRefPicSet, SixteenPicturesLeaveTheNextSetAlone) {
+    DerivedRefPicSet prefilled;
+    std::memset(&prefilled, kPrefill, sizeof prefilled);
+    const std::vector<uint64_t> pictures(16, 0);
+    FirstSet({}, pictures);
+    EXPECT_EQ(derived_sets_.sets[0].DeltaPocS1[15], 16);
+    EXPECT_EQ(std::memcmp(&derived_sets_.sets[1], &prefilled, sizeof prefilled), 0);
+    FirstSet(pictures, {});
+    EXPECT_EQ(derived_sets_.sets[0].DeltaPocS0[15], -16);
+    EXPECT_EQ(std::memcmp(&derived_sets_.sets[1], &prefilled, sizeof prefilled), 0);
+}
+
 TEST_F(ShortTermRefPicSet, APredictedSetOf17FlagsFailsAtTheLast) {
     FirstSet(std::vector<uint64_t>(8, 0), std::vector<uint64_t>(7, 0));
     ASSERT_TRUE(Takes(Flagged(1, PredictedSet(100, std::vector<Use>(16, kUsed))), 1));  // all are kept: 16

@@ -4,6 +4,7 @@
 
 #include <climits>
 
+#include "support/interposed.h"
 #include "support/samples.h"
 #include "support/silence.h"
 #include "support/sps_rewriting.h"
@@ -32,7 +33,10 @@ class SpsSodbRewriting : public testing::TestWithParam<SpsRewriter> {
         const auto expect_failure = [&] {
             EXPECT_THAT(GetParam().Rewritten(input.nal, *input.sps), IsEmpty());
         };
-        InSilence(expect_failure);
+        InSilence([&] {
+            expect_failure();
+            EXPECT_EQ(GetParam().Result(input), -1);
+        });
         const TraceCapture trace(3);
         expect_failure();
         std::vector<std::string> reports = trace.Errors();
@@ -71,6 +75,18 @@ TEST_P(SpsSodbRewriting, EveryRoomGivesTheReportOfTheFirstElementThatDoesNotFit)
         if (HasFatalFailure())
             return;
     }
+}
+
+TEST_P(SpsSodbRewriting, WithoutMemoryOrVuiItFails) {
+    const ParsedSps input = Generated(7);
+    const TraceCapture trace;
+    EXPECT_GT(GetParam().Result(input), 0);
+    {
+        const FailingAllocations allocations(1);
+        EXPECT_EQ(GetParam().Result(input), -1);
+    }
+    input.sps->vui_parameters_present_flag = 0;
+    EXPECT_EQ(GetParam().Result(input), -1);
 }
 
 TEST_P(SpsSodbRewriting, PositionsOutsideTheDataFail) {
@@ -208,6 +224,7 @@ class SpsModification : public testing::Test {
     Bytes Modified() const { return kSpsModification.Rewritten(input_.nal, *input_.sps); }
 
     std::vector<std::string> Reports() const {
+        InSilence([this] { EXPECT_EQ(kSpsModification.Result(input_), -1); });
         const TraceCapture trace(3);
         EXPECT_THAT(Modified(), IsEmpty());
         return trace.Errors();

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "support/bit_string.h"
 #include "support/interposed.h"
 #include "support/samples.h"
 #include "support/silence.h"
@@ -120,6 +121,27 @@ TEST_F(VpsRewriting, MarksEverySample) {
         }
     }
     EXPECT_GE(count, 22);
+}
+
+// The first HRD has its common part without a flag that says so. Left out, the zeros of this one would be a
+// code that is too long.
+TEST_F(VpsRewriting, ReadsTheFirstHrdWithItsCommonPart) {
+    BitString bits;
+    for (const unsigned char byte :
+         Bytes{0x0C, 0x01, 0xFF, 0xFF, 0x01, 0x60, 0, 0, 0, 0x90, 0x12, 0, 0, 0, 0, 93})
+        bits.U(8, byte);
+    bits.U(1, 1).Ue(4).Ue(2).Ue(5).U(6, 0).Ue(0);               // up to vps_num_layer_sets_minus1
+    bits.U(1, 1).U(32, 1001).U(32, 60000).U(1, 0).Ue(1).Ue(0);  // timing, and an HRD of layer set 0
+    bits.U(3, 0b101).U(46, 0);  // of NAL units, with parameters of sub-pictures
+    bits.U(1, 1).Ue(0).Ue(0).Ue(1).Ue(1).Ue(1).Ue(1).U(1, 0);  // the sub-layer, with one CPB
+    bits.U(1, 0).TrailingBits();
+    Bytes sodb = bits.Bytes();
+    Bytes nal = NalUnit(kVpsNut, sodb);
+    const TraceCapture trace(3);
+    EXPECT_EQ(Modify(&nal), TRUE);
+    EXPECT_THAT(trace.messages(), IsEmpty());
+    sodb[kFlagsByte] = 0x40;
+    EXPECT_EQ(nal, NalUnit(kVpsNut, sodb));
 }
 
 // ---- emulation prevention ------------------------------------------------------------------------------
