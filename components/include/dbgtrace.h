@@ -41,8 +41,10 @@ XTYPES_API_BEGIN
 #if defined(__GNUC__)
 #define DBGTRACE_PRINTF(format_index, first_argument) \
     __attribute__((format(printf, format_index, first_argument)))
+#define DBGTRACE_SELDOM __attribute__((cold)) /* what leads to the call is kept out of the way */
 #else
 #define DBGTRACE_PRINTF(format_index, first_argument)
+#define DBGTRACE_SELDOM
 #endif
 /** @endcond */
 
@@ -91,7 +93,7 @@ void _DoDbgUninitEx(HDBG *phDbg, const char *function, const char *file, int lin
  * @param format    as printf has it, and its arguments
  */
 void _DoDbgPrintEx(HDBG hDbg, int level, const char *function, const char *file, int line, const char *format,
-                   ...) DBGTRACE_PRINTF(6, 7);
+                   ...) DBGTRACE_PRINTF(6, 7) DBGTRACE_SELDOM;
 
 /**
  * Writes a title line ("title (length bytes):") and a dump of the bytes, 16 a row: offset, hexadecimal,
@@ -119,7 +121,7 @@ void _DoDbgPrintBuffer(HDBG hDbg, int level, const unsigned char *buffer, size_t
  * @param file        a name without directory
  * @param line        its line
  */
-void _DoAssert(const char *expression, const char *function, const char *file, int line);
+void _DoAssert(const char *expression, const char *function, const char *file, int line) DBGTRACE_SELDOM;
 
 /**
  * Reports a failed consistency condition at level 3 on the channel "ASSERT": the text, with a line end.
@@ -130,7 +132,7 @@ void _DoAssert(const char *expression, const char *function, const char *file, i
  * @param line      its line
  * @param text      what is wrong
  */
-void _DoTextAssert(const char *function, const char *file, int line, const char *text);
+void _DoTextAssert(const char *function, const char *file, int line, const char *text) DBGTRACE_SELDOM;
 
 /** One message as it is handed to a sink. The texts are valid during the call only. */
 typedef struct DbgTraceMessage {

@@ -56,7 +56,10 @@ size_t EncapsulateBytes(const unsigned char *source, size_t length, unsigned cha
         return destination != nullptr ? destination + (in - source) + inserted : nullptr;
     };
     while (end - in > static_cast<ptrdiff_t>(kBlock)) {
-        if (CopyCleanBlock(in, out())) {
+        const Block block(in);
+        if (!block.HasZeroPair()) {
+            if (destination != nullptr)
+                block.CopyTo(out());
             in += kBlock;
             continue;
         }

@@ -59,6 +59,7 @@ inline bool HasZero(Vector bytes) {
 // The bytes of a vector for which a comparison holds (0xFF; 0x00 where it does not).
 class Places {
  public:
+    Places() = default;
     explicit Places(Vector comparison) {
 #if defined(__SSE2__)
         mask_ = static_cast<unsigned int>(_mm_movemask_epi8(reinterpret_cast<__m128i>(comparison)));
@@ -117,25 +118,43 @@ inline Vector Pairs(const unsigned char *bytes, Vector first) {
     return first | Load(bytes + 1);
 }
 
-// Copies a block unless a zero byte in it is followed by another, be it the first of the next block. Returns
-// whether it did. With a null destination it only looks.
-inline bool CopyCleanBlock(const unsigned char *source, unsigned char *destination) {
-    const Vector a = Load(source);
-    const Vector b = Load(source + kVector);
-    const Vector c = Load(source + 2 * kVector);
-    const Vector d = Load(source + 3 * kVector);
-    const Vector ab = Min(Pairs(source, a), Pairs(source + kVector, b));
-    const Vector cd = Min(Pairs(source + 2 * kVector, c), Pairs(source + 3 * kVector, d));
-    if (HasZero(Min(ab, cd)))
-        return false;
-    if (destination != nullptr) {
-        Store(destination, a);
-        Store(destination + kVector, b);
-        Store(destination + 2 * kVector, c);
-        Store(destination + 3 * kVector, d);
-    }
-    return true;
+// Whether a zero byte may be followed by another, be it the first of the next vector: of two bytes in a row,
+// one is at an odd position, and seldom is one of these zero.
+inline bool MayHaveZeroPair(Vector bytes) {
+    constexpr Vector kEven = {0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0};
+    return HasZero(bytes | kEven);
 }
+
+// The bytes of a block, and where they come from.
+class Block {
+ public:
+    explicit Block(const unsigned char *source)
+        : source_(source),
+          a_(Load(source)),
+          b_(Load(source + kVector)),
+          c_(Load(source + 2 * kVector)),
+          d_(Load(source + 3 * kVector)) {}
+
+    // Whether a zero byte in it is followed by another, be it the first of the next block.
+    bool HasZeroPair() const {
+        if (!MayHaveZeroPair(Min(Min(a_, b_), Min(c_, d_))))
+            return false;
+        const Vector ab = Min(Pairs(source_, a_), Pairs(source_ + kVector, b_));
+        const Vector cd = Min(Pairs(source_ + 2 * kVector, c_), Pairs(source_ + 3 * kVector, d_));
+        return HasZero(Min(ab, cd));
+    }
+
+    void CopyTo(unsigned char *destination) const {
+        Store(destination, a_);
+        Store(destination + kVector, b_);
+        Store(destination + 2 * kVector, c_);
+        Store(destination + 3 * kVector, d_);
+    }
+
+ private:
+    const unsigned char *source_;
+    Vector a_, b_, c_, d_;
+};
 
 // 0xFF where two zero bytes and a byte for which `third` holds begin, else 0x00: for a vector of bytes, and
 // the two behind it.
@@ -150,7 +169,7 @@ constexpr size_t kTriplets = kVector + 2;
 // At which of a vector's bytes they begin.
 template <typename Third>
 Places TripletPlaces(const unsigned char *bytes, Third third) {
-    return Places(Triplets(bytes, third));
+    return MayHaveZeroPair(Load(bytes)) ? Places(Triplets(bytes, third)) : Places();
 }
 
 // The positions in a block at which they begin.

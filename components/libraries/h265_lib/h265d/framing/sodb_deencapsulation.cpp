@@ -65,7 +65,9 @@ void CopyBytesWithout(const unsigned char *stop, const unsigned char *end, const
         out = to;
     };
     while (end - in > static_cast<ptrdiff_t>(kBlock)) {
-        if (CopyCleanBlock(in, out)) {
+        const Block block(in);
+        if (!block.HasZeroPair()) {
+            block.CopyTo(out);
             in += kBlock;
             out += kBlock;
             continue;
