@@ -64,7 +64,8 @@ void CopyBytesWithout(const unsigned char *stop, const unsigned char *end, const
         in = from;
         out = to;
     };
-    while (end - in > static_cast<ptrdiff_t>(kBlock)) {
+    const unsigned char *const last_block = length > kBlock ? end - kBlock : source;
+    while (in < last_block) {
         const Block block(in);
         if (!block.HasZeroPair()) {
             block.CopyTo(out);
