@@ -312,8 +312,8 @@ figures of one line. Parsing begins with the bytes of a NAL unit, and of several
 
 {met} of {measured} targets are met. What stands in the way of the others:
 
-- Removal, 1 KiB: memcpy moves up to 64 bytes at a time there. Vectors have 16 here, which every x86-64 and every AArch64 has;
-  one code serves both, and from 32 KiB on the difference is gone.
+- Removal, 1 KiB: memcpy moves up to 64 bytes at a time there. Vectors have 16 here, which every x86-64 and every
+  AArch64 has; one code serves both, and from 32 KiB on the difference is gone.
 - Heavy SPS: nearly all of its 1,800 bits are elements of one to a few bits. Each goes into a field of its own, and is
   checked and reported under its own name.
 - Slice headers: a fifth of the instructions is malloc and free, for the scratch that `h265.h` promises, which is as long
