@@ -2,24 +2,49 @@
 
 #include "common/trace.h"
 
-BOOL _GetNALTypeOffset(const unsigned char *pBuffer, int buffer_len, int *pnOffset) {
-    ASSERT_ARGUMENT(pBuffer != NULL);
-    ASSERT_ARGUMENT(buffer_len >= 4);
-    ASSERT_ARGUMENT(pnOffset != NULL);
-    if (pBuffer == nullptr || pnOffset == nullptr || buffer_len < 3)
-        return FALSE;
+namespace {
 
+// In whose name the functions here report. A constant, so that none is made where there is nothing to report.
+constexpr TraceSite kSite = {"_GetNALTypeOffset", __FILE_NAME__, __LINE__};
+
+// The buffer has at least three bytes.
+inline BOOL FindStartCode(const unsigned char *pBuffer, int buffer_len, int *pnOffset) {
     if (pBuffer[0] != 0 || pBuffer[1] != 0)
         return FALSE;
     if (pBuffer[2] == 1) {
         *pnOffset = 3;
-        TRACE(kDetail, "Found Annex-B 3 bytes start code prefix.\n");
+        if (TraceLetsThrough(kDetail))
+            TraceAt(kSite, kDetail, "Found Annex-B 3 bytes start code prefix.\n");
         return TRUE;
     }
     if (pBuffer[2] == 0 && buffer_len >= 4 && pBuffer[3] == 1) {
         *pnOffset = 4;
-        TRACE(kDetail, "Found Annex-B 4 bytes start code prefix.\n");
+        if (TraceLetsThrough(kDetail))
+            TraceAt(kSite, kDetail, "Found Annex-B 4 bytes start code prefix.\n");
         return TRUE;
     }
     return FALSE;
+}
+
+// What to do with arguments that are not as they have to be. Apart, so that usual ones need no registers
+// saved.
+[[gnu::cold, gnu::noinline]] BOOL ReportArguments(const unsigned char *pBuffer, int buffer_len,
+                                                  int *pnOffset) {
+    if (pBuffer == nullptr)
+        AssertAt(kSite, "pBuffer != NULL");
+    if (buffer_len < 4)
+        AssertAt(kSite, "buffer_len >= 4");
+    if (pnOffset == nullptr)
+        AssertAt(kSite, "pnOffset != NULL");
+    if (pBuffer == nullptr || pnOffset == nullptr || buffer_len < 3)
+        return FALSE;
+    return FindStartCode(pBuffer, buffer_len, pnOffset);
+}
+
+}  // namespace
+
+BOOL _GetNALTypeOffset(const unsigned char *pBuffer, int buffer_len, int *pnOffset) {
+    if (pBuffer == nullptr || buffer_len < 4 || pnOffset == nullptr) [[unlikely]]
+        return ReportArguments(pBuffer, buffer_len, pnOffset);
+    return FindStartCode(pBuffer, buffer_len, pnOffset);
 }

@@ -1,11 +1,17 @@
 // The frame that all parse entry points share: length test, scratch, start code, removal of emulation
-// prevention, cursor. What differs between them is their texts and their scratch.
+// prevention, cursor. What differs between them is their texts and their scratch. In line, since a slice
+// header is parsed in little more time than it would take to hand all of that over.
 
 #ifndef H265D_FRAMING_PARSE_FRAME_H
 #define H265D_FRAMING_PARSE_FRAME_H
 
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+
 #include "bitbuffer.h"
 #include "common/trace.h"
+#include "h265d/framing/nal_type_offset.h"
 
 // The texts of one entry point, each with the arguments of its format.
 struct ParseFrameTexts {
@@ -28,10 +34,53 @@ struct ParseInput {
     TraceSite site;            // the entry point, in whose name failures are reported
 };
 
+inline bool IsLongEnough(const ParseInput &input, const ParseFrameTexts &texts) {
+    constexpr int64_t kShortestLength = 5;  // anything shorter is refused unseen
+    if (input.length >= kShortestLength || texts.too_small == nullptr)
+        return true;
+    TraceAt(input.site, kError, texts.too_small, static_cast<int>(input.length));
+    return false;
+}
+
+// The steps behind the length test. Of the NAL unit, `prefix` bytes are de-encapsulated.
+[[gnu::always_inline]] inline const unsigned char *FillScratch(const ParseInput &input,
+                                                               const ParseFrameTexts &texts,
+                                                               unsigned char *scratch, unsigned int capacity,
+                                                               bitbuffer_t *bb, int64_t prefix) {
+    int offset = 0;
+    const int searched = static_cast<int>(std::min<int64_t>(input.length, INT_MAX));
+    if (!_GetNALTypeOffset(input.nal, searched, &offset)) {
+        TraceAt(input.site, kError, texts.no_start_code, static_cast<const void *>(input.nal));
+        return nullptr;
+    }
+    const unsigned char *header = input.nal + offset;
+    const int64_t length = std::min<int64_t>({input.length - offset, prefix, UINT_MAX});
+    const int sodb_length =
+        H265Lib_SODB_deencapsulation_from_NAL(header, static_cast<unsigned int>(length), scratch, capacity);
+    if (sodb_length < 1) {
+        TraceAt(input.site, kError, texts.no_sodb);
+        return nullptr;
+    }
+    unsigned int num_bits = 0;
+    if (__builtin_mul_overflow(static_cast<unsigned int>(sodb_length), 8U, &num_bits) ||
+        __DoInitBitBuffer(bb, scratch, num_bits, input.site.function, input.site.file, input.site.line) !=
+            0) {
+        TraceAt(input.site, kError, "Failed to init Bitbuffer.\n");
+        return nullptr;
+    }
+    return header;
+}
+
 // De-encapsulates the NAL unit into a scratch of the entry point's own and opens a cursor over the result.
 // Returns the NAL unit header, or null when the failure has been reported.
-const unsigned char *OpenSodb(const ParseInput &input, const ParseFrameTexts &texts, unsigned char *scratch,
-                              unsigned int capacity, bitbuffer_t *bb);
+[[gnu::always_inline]] inline const unsigned char *OpenSodb(const ParseInput &input,
+                                                            const ParseFrameTexts &texts,
+                                                            unsigned char *scratch, unsigned int capacity,
+                                                            bitbuffer_t *bb) {
+    if (!IsLongEnough(input, texts))
+        return nullptr;
+    return FillScratch(input, texts, scratch, capacity, bb, INT64_MAX);
+}
 
 // For readers that stop early: how many bytes of a NAL unit, its header included, to de-encapsulate for one
 // that reads at most so many bytes behind the header. At most every third byte is left out.
@@ -39,11 +88,38 @@ constexpr int64_t PrefixOfNal(int64_t bytes_read) {
     return 2 + bytes_read + bytes_read / 2 + 2;
 }
 
-// The same with a scratch from the heap that every length fits, to be released with std::free after success.
-// `no_memory` is the text for a failed allocation (%d: its size). The reader sees no more of the NAL unit
-// than `prefix` bytes need hold; the whole length is only looked at where a trace tells it.
-const unsigned char *OpenSodbOnHeap(const ParseInput &input, const ParseFrameTexts &texts,
-                                    const char *no_memory, unsigned char **scratch, bitbuffer_t *bb,
-                                    int64_t prefix = INT64_MAX);
+// The same as OpenSodb with a scratch from the heap that every length fits, to be released with std::free
+// after success. `no_memory` is the text for a failed allocation (%d: its size). The reader sees no more of
+// the NAL unit than `prefix` bytes need hold; the whole length is only looked at where a trace tells it.
+[[gnu::always_inline]] inline const unsigned char *OpenSodbOnHeap(const ParseInput &input,
+                                                                  const ParseFrameTexts &texts,
+                                                                  const char *no_memory,
+                                                                  unsigned char **scratch, bitbuffer_t *bb,
+                                                                  int64_t prefix = INT64_MAX) {
+    constexpr size_t kHeapReserve = 32;             // bytes beyond the length of the NAL unit
+    constexpr int64_t kLongestSodb = UINT_MAX / 8;  // longer ones have more bits than a cursor counts
+    if (!IsLongEnough(input, texts))
+        return nullptr;
+    // Not cleared, which would take as long as the NAL unit is: nothing behind what is filled is read.
+    const size_t capacity = static_cast<size_t>(std::max<int64_t>(input.length, 0)) + kHeapReserve;
+    *scratch = static_cast<unsigned char *>(std::malloc(capacity));
+    if (*scratch == nullptr) {
+        TraceAt(input.site, kError, no_memory, static_cast<int>(capacity));
+        return nullptr;
+    }
+    if (TraceLetsThrough(kFunction) || input.length > kLongestSodb)
+        prefix = INT64_MAX;
+    const unsigned char *header =
+        FillScratch(input, texts, *scratch, static_cast<unsigned int>(capacity), bb, prefix);
+    if (header == nullptr) {
+        std::free(*scratch);
+        return nullptr;
+    }
+    if (TraceLetsThrough(kFunction))
+        TraceAt(input.site, kFunction,
+                "SODB deencapsulation was successful NAL unit length:%d, SODB length:%d.\n",
+                static_cast<int>(input.length), static_cast<int>(bb->num_bits / 8));
+    return header;
+}
 
 #endif
