@@ -7,9 +7,9 @@
 #   return FALSE;  // GCOVR_EXCL_LINE: <reason>
 #
 # GCOVR_EXCL_BR_LINE leaves out the branches of a line alone; GCOVR_EXCL_START: <reason> begins a block that
-# GCOVR_EXCL_STOP ends. Nothing else is left out: the libraries are compiled without exceptions, so that no branch
-# is the compiler's own. The preset makes functions that are always in line ordinary ones: their branches count once,
-# and not once for each place that calls them.
+# GCOVR_EXCL_STOP ends. Nothing else is left out: the libraries are compiled without exceptions, and here so are the
+# tests, which have copies of what is in line: no branch is the compiler's own. The preset makes functions that are
+# always in line ordinary ones: their branches count once, and not once for each place that calls them.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
