@@ -75,6 +75,22 @@ TEST(Encapsulation, EveryByteBehindTwoZeros) {
         ExpectEncapsulated({0, 0, static_cast<unsigned char>(byte)});
 }
 
+// What is shorter than a block is copied by vectors, and by words: how far apart patterns are, and from both
+// ends, decides which.
+TEST(Encapsulation, TwoPatternsAtEveryPlaceOfShortData) {
+    const Bytes pattern = {0, 0, 2};
+    for (size_t length = 3; length <= 50; length++) {
+        for (size_t first = 0; first + 3 <= length; first++) {
+            for (size_t second = first; second + 3 <= length; second++) {
+                Bytes rbsp(length, 0x80);
+                for (const size_t at : {first, second})
+                    std::copy(pattern.begin(), pattern.end(), rbsp.begin() + static_cast<std::ptrdiff_t>(at));
+                ASSERT_NO_FATAL_FAILURE(ExpectEncapsulated(rbsp));
+            }
+        }
+    }
+}
+
 // Clean stretches are copied in blocks of 64 bytes: patterns at, across and behind their ends.
 TEST(Encapsulation, PatternsAtEveryPositionOfLongerData) {
     const std::vector<Bytes> patterns = {{0},          {0, 0},       {0, 0, 1},          {0, 0, 3},

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <climits>
+#include <iterator>
 #include <memory>
+#include <random>
 
 #include "support/interposed.h"
 #include "support/nal_unit.h"
@@ -133,6 +135,61 @@ TEST(SodbDeencapsulation, EveryPlaceOfAPattern) {
                 std::copy(pattern.begin(), pattern.end(), payload.begin() + static_cast<ptrdiff_t>(place));
                 ASSERT_NO_FATAL_FAILURE(ExpectAsModelled(payload)) << "place " << place;
             }
+        }
+    }
+}
+
+// What is shorter than a block is copied by vectors, and by words: how far apart patterns are, and from both
+// ends, decides which.
+TEST(SodbDeencapsulation, TwoPatternsAtEveryPlaceOfShortPayloads) {
+    const Bytes pattern = {0, 0, 3};
+    for (size_t length = 3; length <= 50; length++) {
+        for (size_t first = 0; first + 3 <= length; first++) {
+            for (size_t second = first; second + 3 <= length; second++) {
+                Bytes payload(length, 0x77);
+                for (const size_t place : {first, second})
+                    std::copy(pattern.begin(), pattern.end(),
+                              payload.begin() + static_cast<ptrdiff_t>(place));
+                ASSERT_NO_FATAL_FAILURE(ExpectAsModelled(payload));
+            }
+        }
+    }
+}
+
+TEST(SodbDeencapsulation, RandomBytesOfEveryDensity) {
+    constexpr unsigned char kAlphabet[] = {0, 3, 0, 4, 0, 0xFF, 1, 0x80, 2};
+    std::mt19937 random(1);
+    for (int round = 0; round < 20000; round++) {
+        const size_t letters = 2 + random() % (std::size(kAlphabet) - 1);  // the fewer, the more zeros
+        const size_t others = random() % 16;                               // and bytes that are seldom zero
+        Bytes payload(random() % 200);
+        for (unsigned char &byte : payload)
+            byte =
+                random() % 16 < others ? static_cast<unsigned char>(random()) : kAlphabet[random() % letters];
+        ASSERT_NO_FATAL_FAILURE(ExpectAsModelled(payload));
+    }
+}
+
+TEST(SodbDeencapsulation, AnyUnalignedPlace) {
+    Bytes payload(200, 0x55);
+    for (const size_t place : {17u, 100u, 190u}) {
+        payload[place] = payload[place + 1] = 0;
+        payload[place + 2] = 3;
+    }
+    const Bytes expected = Modelled(payload);
+    for (size_t shift = 0; shift < 32; shift++) {
+        for (size_t other_shift = 0; other_shift < 32; other_shift++) {
+            Bytes nal(shift, 0);
+            nal.insert(nal.end(), {0x40, 0x01});
+            nal.insert(nal.end(), payload.begin(), payload.end());
+            Bytes sodb(other_shift + 202, kUntouched);
+            ASSERT_EQ(H265Lib_SODB_deencapsulation_from_NAL(nal.data() + shift, 202,
+                                                            sodb.data() + other_shift, 202),
+                      197);
+            Bytes whole(other_shift, kUntouched);
+            whole.insert(whole.end(), expected.begin(), expected.end());
+            whole.resize(sodb.size(), kUntouched);
+            ASSERT_EQ(sodb, whole);
         }
     }
 }
