@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
+
 #include "h264.h"
 #include "support/interposed.h"
 #include "support/sps_rewriting.h"
@@ -200,6 +202,13 @@ TEST_P(SpsFrame, TakesTwoBlocksAndReportsEachThatFails) {
     EXPECT_THAT(trace.Errors(), IsEmpty());
     EXPECT_EQ(buffer_, nullptr);
     EXPECT_EQ(length_, 0u);
+}
+
+TEST_P(SpsFrame, FillsUpWithZerosWhateverTheBlockHeld) {
+    ASSERT_EQ(Rewrite(input_.nal), TRUE);
+    std::memset(buffer_, 0xA5, input_.nal.size() + 256);
+    H265Lib_Release_sps_buffer(buffer_);  // where the next block of its size comes from
+    ExpectResult(input_.nal, Payload());
 }
 
 TEST_P(SpsFrame, WithoutItsChannelTheLibraryIsSilent) {
