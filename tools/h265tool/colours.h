@@ -3,7 +3,6 @@
 #ifndef H265TOOL_COLOURS_H
 #define H265TOOL_COLOURS_H
 
-#include <string>
 #include <string_view>
 
 namespace h265tool {
@@ -20,16 +19,9 @@ struct Colours {
 // unless the environment has NO_COLOR.
 const Colours &ColoursFor(std::string_view when);
 
-// Back to none.
-inline constexpr std::string_view kEndOfColour = "\033[0m";
-
-// Calls `append`, which appends to the line; that is in the colour then.
-template <typename Append>
-void InColour(std::string_view colour, std::string *line, Append append) {
-    *line += colour;
-    append();
-    if (!colour.empty())
-        *line += kEndOfColour;
+// What ends a colour: nothing, where there are none.
+constexpr std::string_view EndOf(std::string_view colour) {
+    return colour.empty() ? colour : "\033[0m";
 }
 
 }  // namespace h265tool

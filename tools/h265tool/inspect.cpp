@@ -71,13 +71,16 @@ class LinePrinter {
         }
     }
 
-    std::string Line(const NalUnit &unit, const UnitContent &content) {
+    // Valid until the next line.
+    const std::string &Line(const NalUnit &unit, const UnitContent &content) {
         if (IsBroken(content))
             all_parsed_ = false;
-        if (!json_)
-            return SummaryLine(unit, content, colours_, human_);
-        // bytes that are no UTF-8 do not occur, but a line must not be lost to them
-        return ToJson(unit, content).dump(-1, ' ', false, Json::error_handler_t::replace);
+        line_.clear();
+        if (json_)  // bytes that are no UTF-8 do not occur, but a line must not be lost to them
+            line_ = ToJson(unit, content).dump(-1, ' ', false, Json::error_handler_t::replace);
+        else
+            AppendSummaryLine(unit, content, colours_, human_, &line_);
+        return line_;
     }
 
     bool json_;
@@ -86,6 +89,7 @@ class LinePrinter {
     bool all_parsed_ = true;
     UnitReader reader_;
     Output output_;
+    std::string line_;
     std::vector<Held> held_;
 };
 

@@ -1,18 +1,20 @@
 #include "nal_unit.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "h265.h"
-#include "text.h"
 
 namespace h265tool {
 
-std::string NalUnitTypeName(unsigned int nal_unit_type) {
-    constexpr unsigned int kLastNamedByLibrary = 48;
-    if (nal_unit_type > kLastNamedByLibrary)
-        return Text("UNSPEC", nal_unit_type);
-    return GetH265NalTypeString(nal_unit_type);
+std::string_view NalUnitTypeName(unsigned int nal_unit_type) {
+    constexpr unsigned int kNotNamedByLibrary = 49;
+    static constexpr std::array kNames = {"UNSPEC49", "UNSPEC50", "UNSPEC51", "UNSPEC52", "UNSPEC53",
+                                          "UNSPEC54", "UNSPEC55", "UNSPEC56", "UNSPEC57", "UNSPEC58",
+                                          "UNSPEC59", "UNSPEC60", "UNSPEC61", "UNSPEC62", "UNSPEC63"};
+    return nal_unit_type < kNotNamedByLibrary ? GetH265NalTypeString(nal_unit_type)
+                                              : kNames.at(nal_unit_type - kNotNamedByLibrary);
 }
 
 std::optional<NalUnitHeader> NalUnit::Header() const {

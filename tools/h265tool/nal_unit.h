@@ -8,7 +8,7 @@
 #include <functional>
 #include <optional>
 #include <span>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "annexb_scanner.h"
@@ -72,7 +72,7 @@ constexpr bool IsSei(unsigned int nal_unit_type) {
 }
 
 // "TRAIL_N" to "UNSPEC63".
-std::string NalUnitTypeName(unsigned int nal_unit_type);
+std::string_view NalUnitTypeName(unsigned int nal_unit_type);
 
 constexpr size_t kNalUnitHeaderSize = 2;
 

@@ -83,9 +83,11 @@ struct Summarizer {
 
     void operator()(const Slice &slice) const {
         const ssh_h265_t &header = slice.header;
-        AppendText(line, header.dependent_slice_segment_flag ? "dependent " : "",
-                   header.first_slice_segment_in_pic_flag ? "first slice segment" : "slice segment",
-                   ", address ", header.slice_segment_address);
+        if (header.dependent_slice_segment_flag)
+            AppendText(line, "dependent ");
+        if (header.first_slice_segment_in_pic_flag)
+            AppendText(line, "first ");
+        AppendText(line, "slice segment, address ", header.slice_segment_address);
         if (!header.dependent_slice_segment_flag)
             AppendText(line, ", ", SliceType(header.slice_type), ", POC LSBs ",
                        header.slice_pic_order_cnt_lsb);
@@ -108,13 +110,6 @@ struct Summarizer {
 constexpr size_t kOffsetWidth = 10;
 constexpr size_t kSizeWidth = 8;
 constexpr size_t kNameWidth = 14;
-constexpr size_t kUsualLine = 160;  // with some colours
-
-// Appends a text so that it ends `width` characters behind the end of the line, or later.
-void AppendToTheRight(std::string_view text, size_t width, std::string *line) {
-    line->append(width - std::min(width, text.size()), ' ');
-    *line += text;
-}
 
 bool HasSummary(const UnitContent &content) {
     if (const auto *const sei = std::get_if<Sei>(&content))
@@ -145,43 +140,28 @@ std::string Summary(const UnitContent &content) {
     return summary;
 }
 
-std::string SummaryLine(const NalUnit &unit, const UnitContent &content, const Colours &colours,
-                        bool human_size) {
+void AppendSummaryLine(const NalUnit &unit, const UnitContent &content, const Colours &colours,
+                       bool human_size, std::string *line) {
     const std::optional<NalUnitHeader> header = unit.Header();
+    const bool has_temporal_id = header.has_value() && header->nuh_temporal_id_plus1 > 0;
+    const std::string size = human_size ? HumanSize(unit.size) : std::string(Decimal(unit.size).text());
+    const std::string layer = header.has_value() ? Text(header->nuh_layer_id) : "-";
+    const std::string tid = has_temporal_id ? Text(header->nuh_temporal_id_plus1 - 1) : "-";
+    const std::string_view name = header.has_value() ? NalUnitTypeName(header->nal_unit_type) : "-";
     std::string_view colour = colours.error;
     if (header.has_value() && !IsBroken(content))
         colour = ColourOf(header->nal_unit_type, content, colours);
 
-    std::string line;
-    line.reserve(kUsualLine);
-    InColour(colours.minor, &line,
-             [&] { AppendToTheRight(Decimal(unit.offset).text(), kOffsetWidth, &line); });
-    line += ' ';
-    if (human_size)
-        AppendToTheRight(HumanSize(unit.size), kSizeWidth, &line);
-    else
-        AppendToTheRight(Decimal(unit.size).text(), kSizeWidth, &line);
-    line += "  ";
-    const std::string name = header.has_value() ? NalUnitTypeName(header->nal_unit_type) : "-";
-    InColour(colour, &line, [&] { line += name; });
-    line.append(kNameWidth - std::min(kNameWidth, name.size()), ' ');
-    InColour(colours.minor, &line, [&] {
-        line += "  layer ";
-        if (header.has_value())
-            AppendText(&line, header->nuh_layer_id);
-        else
-            line += '-';
-        line += "  tid ";
-        if (header.has_value() && header->nuh_temporal_id_plus1 > 0)
-            AppendText(&line, header->nuh_temporal_id_plus1 - 1);
-        else
-            line += '-';
-    });
+    const std::string_view minor = colours.minor;
+    AppendText(line, minor, ToTheRight{Decimal(unit.offset).text(), kOffsetWidth}, EndOf(minor), " ",
+               ToTheRight{size, kSizeWidth}, "  ", colour, name, EndOf(colour),
+               ToTheRight{"", kNameWidth - std::min(kNameWidth, name.size())}, minor, "  layer ", layer,
+               "  tid ", tid, EndOf(minor));
     if (HasSummary(content)) {
-        line += "  ";
-        InColour(colour, &line, [&] { std::visit(Summarizer{&line}, content); });
+        AppendText(line, "  ", colour);
+        std::visit(Summarizer{line}, content);
+        *line += EndOf(colour);
     }
-    return line;
 }
 
 std::string HumanSize(uint64_t bytes) {

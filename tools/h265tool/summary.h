@@ -11,10 +11,10 @@
 
 namespace h265tool {
 
-// A whole line about the NAL unit: offset, size, type, layer, temporal id and Summary. Colours are all that
-// they change; `human_size` writes the size as HumanSize has it.
-std::string SummaryLine(const NalUnit &unit, const UnitContent &content, const Colours &colours,
-                        bool human_size);
+// Appends a whole line about the NAL unit, without line end: offset, size, type, layer, temporal id and
+// Summary. Colours are all that they change; `human_size` writes the size as HumanSize has it.
+void AppendSummaryLine(const NalUnit &unit, const UnitContent &content, const Colours &colours,
+                       bool human_size, std::string *line);
 
 // "562 B  ", "2.4 KiB", "117 KiB": units below each other when the texts are set to the right.
 std::string HumanSize(uint64_t bytes);

@@ -27,20 +27,20 @@ bool HasZero(Vector bytes) {
     return (zeros[0] | zeros[1]) != 0;
 }
 
-// Whether one of the first kBlock bytes and its successor are zero; looks at one byte more than the block.
-bool BlockHasZeroPair(const unsigned char *block) {
+// Where the first vector begins of which a byte and its successor are zero; kBlock when there is none. Looks
+// at one byte more than the block.
+size_t VectorWithZeroPair(const unsigned char *block) {
     constexpr size_t kStep = sizeof(Vector);
     // of two bytes in a row, one is at an odd position: seldom is there a zero at one of these alone
     constexpr Vector kEven = {0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0};
     const Vector lowest =
         Min(Min(Load(block), Load(block + kStep)), Min(Load(block + 2 * kStep), Load(block + 3 * kStep)));
     if (!HasZero(lowest | kEven))
-        return false;
-    for (size_t at = 0; at < kBlock; at += kStep) {
-        if (HasZero(Load(block + at) | Load(block + at + 1)))  // zero where both are
-            return true;
-    }
-    return false;
+        return kBlock;
+    size_t at = 0;
+    while (at < kBlock && !HasZero(Load(block + at) | Load(block + at + 1)))  // zero where both are
+        at += kStep;
+    return at;
 }
 
 }  // namespace
@@ -48,8 +48,9 @@ bool BlockHasZeroPair(const unsigned char *block) {
 size_t FindZeroPair(std::span<const unsigned char> bytes) {
     const unsigned char *const data = bytes.data();
     size_t at = 0;
-    while (bytes.size() - at > kBlock && !BlockHasZeroPair(data + at))
-        at += kBlock;
+    size_t passed = kBlock;
+    for (; bytes.size() - at > kBlock && passed == kBlock; at += passed)
+        passed = VectorWithZeroPair(data + at);
     while (at + 1 < bytes.size()) {
         if (data[at + 1] != 0)
             at += 2;

@@ -9,7 +9,8 @@ namespace {
 // The start of slice_segment_header( ), clause 7.3.6.1: what comes before anything that depends on parameter
 // sets.
 uint64_t ReadPpsId(const NalUnit &unit, unsigned int nal_unit_type) {
-    PayloadStart<kSliceHeadSize> payload(unit);
+    constexpr size_t kUpToPpsId = 16;  // header, flags and the longest id, with emulation prevention
+    PayloadStart<kUpToPpsId> payload(unit);
     bitbuffer_t *const bits = payload.bits();
     AdvanceBitOffset(bits, 1);  // first_slice_segment_in_pic_flag
     if (IsIrap(nal_unit_type))
