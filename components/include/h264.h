@@ -46,7 +46,7 @@ BOOL parse_sei_cc_nal(unsigned char *buffer, int buffer_len, SEI_cc_t *sei_cc);
 BOOL parse_sei_afd_nal(unsigned char *buffer, int buffer_len, SEI_afd_t *sei_afd);
 
 /**
- * Releases a buffer that a rewriting function returned (it came from calloc).
+ * Releases a buffer that a rewriting function returned (it came from malloc).
  *
  * @param pvBuffer  the buffer, or NULL
  */

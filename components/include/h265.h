@@ -218,7 +218,7 @@ BOOL H265Lib_modify_vps_NAL(unsigned char *pBuffer, unsigned int buffer_len);
  * Takes two heap blocks: one of 1512 bytes for the call, and the result of buffer_len + 256 bytes.
  *
  * @param pBuffer         the NAL unit
- * @param buffer_len      its length; at most 1512 bytes
+ * @param buffer_len      its length; at most 1512 bytes, the start code not counted
  * @param pSpsElements    the record of this very NAL unit, parsed and then edited: its recorded positions are
  *                        used. vui_parameters_present_flag has to be 1; conformance_window_flag has to stay
  *                        as parsed
@@ -227,7 +227,7 @@ BOOL H265Lib_modify_vps_NAL(unsigned char *pBuffer, unsigned int buffer_len);
  *                        fit
  * @return TRUE; or FALSE with NULL and 0 there when there is no start code, when the record does not fit the
  *         NAL unit, or when no memory is left; with both left alone when the NAL unit is longer than 1512
- *         bytes or a pointer is NULL (H265Lib_Set_sps_vui_parameters_NAL clears them for a NULL record)
+ *         bytes or no more than its header, or when one of them is NULL
  */
 BOOL H265Lib_modify_sps_NAL(const unsigned char *pBuffer, unsigned int buffer_len,
                             const sps_h265_t *pSpsElements, unsigned char **ppNewSpsBuffer,
@@ -237,7 +237,7 @@ BOOL H265Lib_modify_sps_NAL(const unsigned char *pBuffer, unsigned int buffer_le
  * The same for the VUI alone: every bit outside it is carried over.
  *
  * @param pBuffer         the NAL unit
- * @param buffer_len      its length; at most 1512 bytes
+ * @param buffer_len      its length; at most 1512 bytes, the start code not counted
  * @param pSpsElements    as H265Lib_modify_sps_NAL has it
  * @param ppNewSpsBuffer  receives the new NAL unit
  * @param pNewSPSLength   receives its length

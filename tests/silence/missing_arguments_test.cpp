@@ -37,13 +37,21 @@ namespace {
 // What a function gives that returns nothing.
 constexpr int kNothing = 0;
 
+// A text in the name of a function.
+using Report = std::pair<std::string, std::string>;
+
 struct Function {
     const char *name;
     int (*call)();
     int result;
     std::vector<std::string> assertions;
     std::vector<std::string> errors = {};
+    std::vector<Report> in_between = {};  // of functions that it calls, mostly
 };
+
+Report Assertion(const char *function, const std::string &expression) {
+    return {function, AssertionOf(expression)};
+}
 
 void PrintTo(const Function &function, std::ostream *out) {
     *out << function.name;
@@ -52,21 +60,32 @@ void PrintTo(const Function &function, std::ostream *out) {
 class MissingArguments : public testing::TestWithParam<Function> {};
 
 TEST_P(MissingArguments, AreReported) {
-    std::vector<std::string> assertions;
-    for (const std::string &expression : GetParam().assertions)
-        assertions.push_back(AssertionOf(expression));
+    const Function &function = GetParam();
+    std::vector<Report> expected;
+    for (const std::string &expression : function.assertions)
+        expected.push_back(Assertion(function.name, expression));
+    expected.insert(expected.end(), function.in_between.begin(), function.in_between.end());
+    for (const std::string &error : function.errors)
+        expected.emplace_back(function.name, error);
+
     const TraceCapture trace;
-    EXPECT_EQ(GetParam().call(), GetParam().result);
-    EXPECT_EQ(trace.Assertions(), assertions);
-    EXPECT_EQ(trace.Errors(), GetParam().errors);
-    EXPECT_EQ(trace.messages().size(), assertions.size() + GetParam().errors.size());
+    EXPECT_EQ(function.call(), function.result);
+    std::vector<Report> reports;
     for (const TracedMessage &message : trace.messages())
-        EXPECT_EQ(message.function, GetParam().name);
+        reports.emplace_back(message.function, message.text);
+    EXPECT_EQ(reports, expected);
 }
 
 TEST_P(MissingArguments, FailInSilence) {
     InSilence([] { EXPECT_EQ(GetParam().call(), GetParam().result); });
 }
+
+// What the search for a start code reports of no NAL unit, and of its length.
+const Report kNoNal = Assertion("_GetNALTypeOffset", "pBuffer != NULL");
+const Report kShortNal = Assertion("_GetNALTypeOffset", "buffer_len >= 4");
+
+const Report kShortForTimeCode = {"_AssembleTimecodeSEI",
+                                  "Received buffer len:0 is smaller than actual size of SEI:36.\n"};
 
 // ---- framing
 // -----------------------------------------------------------------------------------------------
@@ -136,23 +155,28 @@ const Function kParsing[] = {
     {"H265Lib_Parse_vps_nal",
      [] { return H265Lib_Parse_vps_nal(nullptr, 0, nullptr); },
      FALSE,
-     {"pBuffer != NULL", "BufferLen > 0", "pVps != NULL"}},
+     {"pBuffer != NULL", "BufferLen > 0", "pVps != NULL"},
+     {"BufferLen:0 is too small. Malformed NAL.\n"}},
     {"H265Lib_Parse_sps_nal",
      [] { return H265Lib_Parse_sps_nal(nullptr, 0, nullptr); },
      FALSE,
-     {"buffer != NULL", "pSps != NULL"}},
+     {"buffer != NULL", "pSps != NULL"},
+     {"buffer_len:0 is too small. Malformed NAL.\n"}},
     {"H265Lib_Parse_pps_nal",
      [] { return H265Lib_Parse_pps_nal(nullptr, 0, nullptr); },
      FALSE,
-     {"buffer != NULL", "pps != NULL"}},
+     {"buffer != NULL", "pps != NULL"},
+     {"buffer_len:0 is too small. Malformed NAL.\n"}},
     {"H265Lib_Parse_sps_nal_ex",
      [] { return H265Lib_Parse_sps_nal_ex(nullptr, 0, nullptr, nullptr); },
      FALSE,
-     {"buffer != NULL", "pContext != NULL", "pSps != NULL"}},
+     {"buffer != NULL", "pContext != NULL", "pSps != NULL"},
+     {"buffer_len:0 is too small. Malformed NAL.\n"}},
     {"H265Lib_Parse_pps_nal_ex",
      [] { return H265Lib_Parse_pps_nal_ex(nullptr, 0, nullptr, nullptr); },
      FALSE,
-     {"buffer != NULL", "pContext != NULL", "pps != NULL"}},
+     {"buffer != NULL", "pContext != NULL", "pps != NULL"},
+     {"buffer_len:0 is too small. Malformed NAL.\n"}},
     {"H265Lib_Parse_slice_header_nal",
      [] { return H265Lib_Parse_slice_header_nal(nullptr, 0, nullptr, nullptr, nullptr); },
      FALSE,
@@ -200,7 +224,11 @@ const Function kDisplays[] = {
      },
      kNothing,
      {"ptl != NULL"}},
-    {"_display_scaling_list_data", [] { return _display_scaling_list_data(nullptr); }, 0, {"sld != NULL"}},
+    {"_display_scaling_list_data",
+     [] { return _display_scaling_list_data(nullptr); },
+     0,
+     {"sld != NULL"},
+     {"Scaling list Data:(nil) parsing is NOT done at the moment.\n"}},
     {"_display_short_term_ref_pic_set",
      [] { return _display_short_term_ref_pic_set(nullptr, 1, 0, nullptr); },
      0,
@@ -271,7 +299,9 @@ const Function kRewriting[] = {
     {"H265Lib_modify_vps_NAL",
      [] { return H265Lib_modify_vps_NAL(nullptr, 3); },
      FALSE,
-     {"pBuffer != NULL", "buffer_len >= 4"}},
+     {"pBuffer != NULL", "buffer_len >= 4"},
+     {"Failed to get NAL type offset from pBuffer:(nil).\n"},
+     {{"H265Lib_modify_vps_NAL", "ORIGINAL VPS NAL (0 bytes):\n"}, kNoNal, kShortNal}},
     {"H265Lib_modify_pictiming_sei_NAL",
      [] { return H265Lib_modify_pictiming_sei_NAL(nullptr, nullptr, nullptr, 0, nullptr); },
      FALSE,
@@ -282,7 +312,9 @@ const Function kRewriting[] = {
          return H265Lib_modify_pictiming_sei_NAL(nullptr, &length, nullptr, 0, nullptr);
      },
      FALSE,
-     {"pBuffer != NULL", "*pBufferLen >= 4", "pVUI != NULL", "pPt != NULL"}},
+     {"pBuffer != NULL", "*pBufferLen >= 4", "pVUI != NULL", "pPt != NULL"},
+     {"Failed to get NAL type offset from pBuffer:(nil).\n"},
+     {kNoNal, kShortNal}},
 };
 INSTANTIATE_TEST_SUITE_P(Rewriting, MissingArguments, testing::ValuesIn(kRewriting));
 
@@ -320,24 +352,34 @@ const Function kSei[] = {
     {"H265Lib_Parse_sei_pictiming_nal",
      [] { return H265Lib_Parse_sei_pictiming_nal(nullptr, 0, nullptr, nullptr, nullptr); },
      FALSE,
-     {"pBuffer != NULL", "pMsgHeader != NULL", "pVUI != NULL", "pPt != NULL"}},
+     {"pBuffer != NULL", "pMsgHeader != NULL", "pVUI != NULL", "pPt != NULL"},
+     {"BufferLen:0 is too small. Malformed NAL.\n"}},
     {"H265Lib_Parse_sei_timecode_nal",
      [] { return H265Lib_Parse_sei_timecode_nal(nullptr, 4, nullptr, nullptr); },
      FALSE,
-     {"pBuffer != NULL", "BufferLen > 4", "pTc != NULL"}},
+     {"pBuffer != NULL", "BufferLen > 4", "pTc != NULL"},
+     {"Failed to parse_sei_timecode_nal! buffer:(nil).\n"},
+     {kNoNal}},
     {"H265Lib_format_sei_cc_nal",
-     [] { return H265Lib_format_sei_cc_nal(nullptr, 0, nullptr, 0, 0, nullptr); },
+     [] { return H265Lib_format_sei_cc_nal(nullptr, 0, nullptr, 0, 600, nullptr); },
      0,
-     {"buffer != NULL"}},
+     {"buffer != NULL"},
+     {},
+     {{"H265Lib_format_sei_cc_nal", "Derived nEncoderID:0 from cc_count:600.\n"},
+      {"H265Lib_format_sei_cc_nal",
+       "Sanity, vanc_data:(nil), vanc_size:0, vanc_entries:0, cc_count:88, buffer_len:0, "
+       "BytesNeeded:276.\n"}}},
     {"_format_sei_user_data_registered_nal",
      [] { return _format_sei_user_data_registered_nal(nullptr, 3, 0xB5, 0, nullptr, 0); },
      0,
-     {"buffer != NULL", "buffer_len > 3", "user_data_payload != NULL", "payload_size > 0"}},
+     {"buffer != NULL", "buffer_len > 3", "user_data_payload != NULL", "payload_size > 0"},
+     {"SEI output buffer length:3 is too small!\n"}},
     {"_format_sei_user_data_unregistered_nal",
      [] { return _format_sei_user_data_unregistered_nal(nullptr, 3, nullptr, 0, nullptr, 0); },
      0,
      {"buffer != NULL", "buffer_len > 3", "pUuid_iso_iec_11578 != NULL", "uuid_len > 0",
-      "user_data_payload != NULL"}},
+      "user_data_payload != NULL"},
+     {"SEI output buffer length:3 is too small!\n"}},
     {"H265Lib_formatMISPMicroSecondTimeSEI",
      [] { return H265Lib_formatMISPMicroSecondTimeSEI(nullptr, 0, nullptr, 0); },
      -1,
@@ -382,11 +424,18 @@ const Function kSei[] = {
     {"_AssembleTimecodeSEI",
      [] { return _AssembleTimecodeSEI(nullptr, 0, nullptr, nullptr); },
      -1,
-     {"buffer != NULL", "pTimecode_data != NULL"}},
+     {"buffer != NULL", "pTimecode_data != NULL"},
+     {kShortForTimeCode.second}},
     {"H265Lib_format_sei_time_code_nal",
      [] { return H265Lib_format_sei_time_code_nal(nullptr, 0, nullptr, nullptr); },
      -1,
-     {"buffer != NULL", "len > 0", "pVitcData != NULL", "pTimecodeData != NULL"}},
+     {"buffer != NULL", "len > 0", "pVitcData != NULL", "pTimecodeData != NULL"},
+     {},
+     {{"H265Lib_format_sei_time_code_nal",
+       "Called. Buffer:0x(nil), len:0, pVitc_data:(nil), timecode_data:(nil)\n"},
+      Assertion("_AssembleTimecodeSEI", "buffer != NULL"),
+      Assertion("_AssembleTimecodeSEI", "pTimecode_data != NULL"),
+      kShortForTimeCode}},
 };
 INSTANTIATE_TEST_SUITE_P(Sei, MissingArguments, testing::ValuesIn(kSei));
 

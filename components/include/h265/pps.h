@@ -50,8 +50,8 @@ typedef struct pps_h265_t {
     int entropy_coding_sync_enabled_flag;         /**< u(1) */
 
     /* With tiles_enabled_flag; the widths and heights without uniform_spacing_flag only. */
-    UINT64 num_tile_columns_minus1;                    /**< ue(v), at most 1054 */
-    UINT64 num_tile_rows_minus1;                       /**< ue(v), at most 1054 */
+    UINT64 num_tile_columns_minus1;                    /**< ue(v) */
+    UINT64 num_tile_rows_minus1;                       /**< ue(v) */
     int uniform_spacing_flag;                          /**< u(1) */
     UINT64 column_width_minus1[H265_PPS_TILE_COLUMNS]; /**< ue(v) */
     UINT64 row_height_minus1[H265_PPS_TILE_ROWS];      /**< ue(v) */

@@ -25,8 +25,8 @@ typedef struct short_term_ref_pic_set_t {
     int used_delta_flag[H265_RPS_PICTURES];          /**< u(1), where the flag above is 0 */
 
     /* An explicit set. */
-    UINT64 num_negative_pics;                           /**< ue(v) */
-    UINT64 num_positive_pics;                           /**< ue(v), at most 16 together */
+    UINT64 num_negative_pics;                           /**< ue(v), at most 16 */
+    UINT64 num_positive_pics;                           /**< ue(v), at most 16 */
     UINT64 delta_poc_s0_minus1[H265_RPS_PICTURES];      /**< ue(v) */
     int used_by_current_pic_s0_flag[H265_RPS_PICTURES]; /**< u(1) */
     UINT64 delta_poc_s1_minus1[H265_RPS_PICTURES];      /**< ue(v) */

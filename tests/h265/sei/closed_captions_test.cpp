@@ -309,7 +309,26 @@ TEST_F(FormatCaptionSei, ANullBufferIsReportedAndFails) {
     EXPECT_EQ(H265Lib_format_sei_cc_nal(nullptr, kCapacity, entries.data(), sizeof(vanc_t), 2, &records_), 0);
     EXPECT_EQ(records_, 0);
     EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("buffer != NULL")));
-    EXPECT_EQ(trace.messages().size(), 1u);
+    EXPECT_THAT(trace.Errors(), IsEmpty());
+}
+
+TEST_F(FormatCaptionSei, LooksAtTheLevelForEachEntry) {
+    const std::vector<vanc_t> entries = {OfOtherKind(3), Caption(1, 0, 1, 2), Caption(1, 0, 3, 4)};
+    std::vector<std::string> texts;
+    DbgTraceSetSink(
+        [](const DbgTraceMessage *message, void *user) {
+            static_cast<std::vector<std::string> *>(user)->emplace_back(message->text);
+            g_hH265LibDbg->nMaxLevel = 8;  // raised at the first message
+        },
+        &texts);
+    clock_.Set(FreshTime());
+    g_hH265LibDbg->nMaxLevel = 6;
+    Format(entries, 2);
+    DbgTraceSetSink(nullptr, nullptr);
+    g_hH265LibDbg->nMaxLevel = DBGTRACE_DEFAULT_LEVEL;
+    const std::string vanc_data = "vanc_data:";
+    EXPECT_THAT(texts, testing::IsSupersetOf({vanc_data + Address(&entries[1]) + ", Entry:1, cc_type:0.\n",
+                                              vanc_data + Address(&entries[2]) + ", Entry:2, cc_type:0.\n"}));
 }
 
 TEST_F(FormatCaptionSei, TracesInputStatusAndEntries) {

@@ -372,8 +372,10 @@ TEST_F(FormatTimeCodeSei, NullPointersAreReportedAndFail) {
     EXPECT_EQ(H265Lib_format_sei_time_code_nal(nullptr, kCapacity, &vitc, &info_), -1);
     EXPECT_EQ(H265Lib_format_sei_time_code_nal(output.data(), kCapacity, &vitc, nullptr), -1);
     EXPECT_THAT(trace_.Assertions(),
-                ElementsAre(AssertionOf("buffer != NULL"), AssertionOf("pTimecodeData != NULL")));
-    EXPECT_THAT(trace_.Errors(), IsEmpty());
+                ElementsAre(AssertionOf("buffer != NULL"), AssertionOf("buffer != NULL"),
+                            AssertionOf("pTimecodeData != NULL"), AssertionOf("pTimecode_data != NULL")));
+    EXPECT_THAT(trace_.Errors(), ElementsAre("SEIData:(nil) is NULL!\n",
+                                             testing::StartsWith("Failed to convert pVitcData:0x")));
 
     trace_.Clear();
     EXPECT_EQ(_AssembleTimecodeSEI(nullptr, kCapacity, &vitc, &info_), -1);

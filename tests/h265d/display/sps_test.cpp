@@ -174,7 +174,7 @@ TEST_F(SpsDisplay, CountsAreCut) {
     sps_->long_term_ref_pics_present_flag = 0;
     const size_t sub_structures = Texts(6).size();
     sps_->num_short_term_ref_pics_sets = ~UINT64{0};
-    EXPECT_EQ(Texts(6).size(), sub_structures + 64 * 4);
+    EXPECT_EQ(Texts(6).size(), sub_structures + 65 * 4);
 }
 
 TEST_F(SpsDisplay, AnyRecordStaysWithinItsArrays) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <set>
 
 #include "support/nal_unit.h"
 #include "support/trace_capture.h"
@@ -43,6 +44,21 @@ TEST(NalTypeOffset, TracesAtLevel8Only) {
     const TraceCapture trace(7);
     EXPECT_EQ(_GetNALTypeOffset(nal.data(), 5, &offset), TRUE);
     EXPECT_THAT(trace.messages(), IsEmpty());
+}
+
+TEST(NalTypeOffset, EachReportHasItsLine) {
+    const Bytes nal = {0, 0, 0, 1};
+    int offset = kUntouched;
+    const TraceCapture trace;
+    _GetNALTypeOffset(nal.data(), 4, &offset);
+    _GetNALTypeOffset(Bytes{0, 0, 1, 0x40}.data(), 4, &offset);
+    _GetNALTypeOffset(nullptr, 3, nullptr);
+    std::set<int> lines;
+    for (const TracedMessage &message : trace.messages()) {
+        EXPECT_EQ(message.function, "_GetNALTypeOffset");
+        lines.insert(message.line);
+    }
+    EXPECT_EQ(lines.size(), 5u);
 }
 
 TEST(NalTypeOffset, NothingButAStartCodeAtTheVeryStart) {

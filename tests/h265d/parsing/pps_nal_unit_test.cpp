@@ -108,15 +108,16 @@ TEST_F(PpsNalUnit, AnUnreadableElementIsReportedOnceMoreByTheEntryPoint) {
 TEST_F(PpsNalUnit, NullArgumentsAreReportedAndFail) {
     Minimal();
     const Bytes nal = NalUnit(34, Rbsp());
-    TraceCapture trace;
+    TraceCapture trace(3);
     EXPECT_FALSE(H265Lib_Parse_pps_nal(nullptr, 100, &pps_));
-    EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("buffer != NULL")));
-    EXPECT_EQ(trace.messages().size(), 1u);
-    EXPECT_EQ(trace.messages()[0].function, "H265Lib_Parse_pps_nal");
+    EXPECT_EQ(trace.messages().front().function, "H265Lib_Parse_pps_nal");
+    EXPECT_THAT(trace.Assertions(),
+                ElementsAre(AssertionOf("buffer != NULL"), AssertionOf("pBuffer != NULL")));
+    EXPECT_THAT(trace.Errors(), ElementsAre("Failed to parse pps nal! buffer:(nil).\n"));
     trace.Clear();
     EXPECT_FALSE(H265Lib_Parse_pps_nal(nal.data(), static_cast<int>(nal.size()), nullptr));
     EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("pps != NULL")));
-    EXPECT_EQ(trace.messages().size(), 1u);
+    EXPECT_THAT(trace.Errors(), ElementsAre("Failed to parse PPS NAL!\n"));
 }
 
 }  // namespace

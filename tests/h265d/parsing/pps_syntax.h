@@ -69,12 +69,12 @@ class PpsSyntax : public testing::Test {
     }
 
     // What does not fit the record has no bits. The heights are reported under the name of the widths.
-    void ExplicitTiles(int columns_minus1, int rows_minus1) {
-        TileCounts(static_cast<uint64_t>(columns_minus1), static_cast<uint64_t>(rows_minus1));
+    void ExplicitTiles(uint64_t columns_minus1, uint64_t rows_minus1) {
+        TileCounts(columns_minus1, rows_minus1);
         syntax_.Flag(0, ELEMENT(uniform_spacing_flag));
-        for (int i = 0; i < std::min(columns_minus1, H265_PPS_TILE_COLUMNS); i++)
+        for (int i = 0; i < static_cast<int>(std::min<uint64_t>(columns_minus1, H265_PPS_TILE_COLUMNS)); i++)
             syntax_.Ue(static_cast<uint64_t>(i % 3), &pps_.column_width_minus1[i], UnreadableTile(i));
-        for (int i = 0; i < std::min(rows_minus1, H265_PPS_TILE_ROWS); i++)
+        for (int i = 0; i < static_cast<int>(std::min<uint64_t>(rows_minus1, H265_PPS_TILE_ROWS)); i++)
             syntax_.Ue(static_cast<uint64_t>(i % 5), &pps_.row_height_minus1[i], UnreadableTile(i));
         syntax_.Flag(1, ELEMENT(loop_filter_across_tiles_enabled_flag));
     }
@@ -152,7 +152,7 @@ class PpsSyntax : public testing::Test {
     }
 
     // A whole PPS around the tiles.
-    void WithTiles(int columns_minus1, int rows_minus1) {
+    void WithTiles(uint64_t columns_minus1, uint64_t rows_minus1) {
         syntax_ = {};
         Head(1);
         ExplicitTiles(columns_minus1, rows_minus1);

@@ -318,7 +318,7 @@ TEST_F(ShortTermRefPicSet, TheSetsOfAnEarlierSpsAreGone) {
 
 TEST_F(ShortTermRefPicSet, ASetThatFailedCannotBeReferredTo) {
     FirstSet({0}, {});
-    EXPECT_THAT(ErrorsOf(Flagged(0, BitString().Ue(1).Ue(16)), 1),
+    EXPECT_THAT(ErrorsOf(Flagged(0, BitString().Ue(1).Ue(17)), 1),
                 ElementsAre(Unreadable("num_positive_pics")));
     EXPECT_THAT(ErrorsOf(Flagged(1, PredictedSet(2, {})), 2),
                 ElementsAre(Unreadable("used_by_current_pic_flag", 0)));
@@ -343,7 +343,7 @@ TEST_F(ShortTermRefPicSet, MoreThan16PicturesAreUnreadable) {
         EXPECT_EQ(strps_.num_negative_pics, PrefilledValue<UINT64>());
     }
     for (const auto &[negative, positive] :
-         {std::pair{uint64_t{0}, uint64_t{17}}, {9, 8}, {16, 1}, {1, 0xFFFFFFFE}}) {
+         {std::pair{uint64_t{0}, uint64_t{17}}, {16, 17}, {1, 0xFFFFFFFE}}) {
         EXPECT_THAT(ErrorsOf(BitString().Ue(negative).Ue(positive), 0),
                     ElementsAre(Unreadable("num_positive_pics")));
         EXPECT_EQ(strps_.num_positive_pics, PrefilledValue<UINT64>());

@@ -364,11 +364,13 @@ TEST_F(Sps, ACutNalUnitAddsTheReportOfTheEntryPoint) {
 
 TEST_F(Sps, NullArgumentsOfTheEntryPointAreReportedAndFail) {
     const Bytes nal = {0, 0, 1, 0x42, 1, 0};
-    const TraceCapture trace;
-    EXPECT_EQ(H265Lib_Parse_sps_nal(nullptr, 0, &sps()), FALSE);
+    const TraceCapture trace(3);
+    EXPECT_EQ(H265Lib_Parse_sps_nal(nullptr, 6, &sps()), FALSE);
     EXPECT_EQ(H265Lib_Parse_sps_nal(nal.data(), 6, nullptr), FALSE);
-    EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("buffer != NULL"), AssertionOf("pSps != NULL")));
-    EXPECT_THAT(trace.messages(), SizeIs(2));
+    EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("buffer != NULL"), AssertionOf("pBuffer != NULL"),
+                                                AssertionOf("pSps != NULL")));
+    EXPECT_THAT(trace.Errors(),
+                ElementsAre("Failed to parse sps nal! buffer:(nil).\n", "Failed to parse SPS NAL!\n"));
 }
 
 }  // namespace

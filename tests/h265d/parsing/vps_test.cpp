@@ -486,11 +486,15 @@ TEST_F(Vps, ACutNalUnitAddsTheReportOfTheEntryPoint) {
 
 TEST_F(Vps, NullArgumentsOfTheEntryPointAreReportedAndFail) {
     const Bytes nal = {0, 0, 1, 0x40, 1, 0};
-    TraceCapture trace;
+    const TraceCapture trace(3);
     EXPECT_EQ(H265Lib_Parse_vps_nal(nullptr, 6, &vps()), FALSE);
     EXPECT_EQ(H265Lib_Parse_vps_nal(nal.data(), 6, nullptr), FALSE);
-    EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("pVps != NULL")));
-    EXPECT_THAT(trace.messages(), SizeIs(2));
+    // each function on the way asserts its own arguments
+    EXPECT_THAT(trace.Assertions(),
+                ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("pBuffer != NULL"),
+                            AssertionOf("pVps != NULL"), AssertionOf("pVps != NULL")));
+    EXPECT_THAT(trace.Errors(),
+                ElementsAre("Failed to parse sps nal! buffer:(nil).\n", "Failed to parse VPS NAL!\n"));
 }
 
 }  // namespace

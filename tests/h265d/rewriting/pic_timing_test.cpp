@@ -283,6 +283,19 @@ TEST_F(PicTimingModification, WithoutPayloadItFails) {
         ExpectFailure(nal, kFirstPayload, {kNoSodb});
 }
 
+TEST_F(PicTimingModification, TracesItsSearchInHalfAHeaderToo) {
+    Bytes nal = {0, 0, 1, 0x4E};
+    const TraceCapture trace;
+    ASSERT_EQ(Modify(&nal), FALSE);
+    EXPECT_THAT(trace.Texts(6),
+                ElementsAre("NALTypeOffset:3, PayloadStartOffset:5.\n",
+                            "Found StopBitPos:2, StopBitOffsetFromEoNAL:0, LastByte[3]:4E, "
+                            "NALLenWoRBSPTrailingBits:1, NALTypeOffset:3, BufferLength:4.\n"));
+    EXPECT_THAT(trace.Texts(7),
+                ElementsAre("Attempting to find the stop bit position for the LastByte[3]:4E.\n",
+                            "ORIGINAL SEI NAL (4 bytes):\n", testing::HasSubstr("00 00 01 4E")));
+}
+
 // ---- traces and arguments ------------------------------------------------------------------------------
 
 TEST_F(PicTimingModification, TracesAndDumpsEveryStep) {
@@ -330,7 +343,7 @@ TEST_F(PicTimingModification, NullArgumentsAreReportedAndFail) {
     UINT length = static_cast<UINT>(nal.size());
     const vui_h265_t *const vui = vui_.get();
     bitbuffer_t bb{};
-    TraceCapture trace;
+    TraceCapture trace(3);
     EXPECT_EQ(H265Lib_modify_pictiming_sei_NAL(nullptr, &length, vui, 2, &pt_), FALSE);
     EXPECT_EQ(H265Lib_modify_pictiming_sei_NAL(nal.data(), nullptr, vui, 2, &pt_), FALSE);
     EXPECT_EQ(H265Lib_modify_pictiming_sei_NAL(nal.data(), &length, nullptr, 2, &pt_), FALSE);
@@ -339,11 +352,14 @@ TEST_F(PicTimingModification, NullArgumentsAreReportedAndFail) {
     EXPECT_EQ(_modify_sei_pictiming_parameters(&bb, 1, nullptr, 2, &pt_), -1);
     EXPECT_EQ(_modify_sei_pictiming_parameters(&bb, 1, vui, 2, nullptr), -1);
     EXPECT_THAT(trace.Assertions(),
-                ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("pBufferLen != NULL"),
+                ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("pBuffer != NULL"),
+                            AssertionOf("pBufferLen != NULL"), AssertionOf("pVUI != NULL"),
                             AssertionOf("pVUI != NULL"), AssertionOf("pPt != NULL"),
-                            AssertionOf("sei_nalu_bb != NULL"), AssertionOf("pVUI != NULL"),
-                            AssertionOf("pPt != NULL")));
-    EXPECT_THAT(trace.messages(), testing::SizeIs(7));
+                            AssertionOf("pPt != NULL"), AssertionOf("sei_nalu_bb != NULL"),
+                            AssertionOf("pVUI != NULL"), AssertionOf("pPt != NULL")));
+    EXPECT_THAT(trace.Errors(), ElementsAre("Failed to get NAL type offset from pBuffer:(nil).\n",
+                                            "Failed to set SEI pictiming parameters.\n",
+                                            "Failed to set SEI pictiming parameters.\n"));
     trace.Clear();
     length = 3;
     EXPECT_EQ(H265Lib_modify_pictiming_sei_NAL(nal.data(), &length, vui, 2, &pt_), FALSE);

@@ -413,7 +413,7 @@ TEST_F(SpsModification, NullArgumentsAreReportedAndFail) {
     const Bytes &nal = input_.nal;
     const unsigned int size = static_cast<unsigned int>(nal.size());
     bitbuffer_t bb{};
-    TraceCapture trace;
+    TraceCapture trace(3);
     EXPECT_EQ(H265Lib_modify_sps_NAL(nullptr, size, input_.sps.get(), &buffer, &length), FALSE);
     EXPECT_EQ(H265Lib_modify_sps_NAL(nal.data(), size, nullptr, &buffer, &length), FALSE);
     EXPECT_EQ(H265Lib_modify_sps_NAL(nal.data(), size, input_.sps.get(), nullptr, &length), FALSE);
@@ -422,11 +422,13 @@ TEST_F(SpsModification, NullArgumentsAreReportedAndFail) {
     EXPECT_EQ(_modify_sps_parameters(&bb, 1, nullptr, &bb, 257), -1);
     EXPECT_EQ(_modify_sps_parameters(&bb, 1, input_.sps.get(), nullptr, 257), -1);
     EXPECT_THAT(trace.Assertions(),
-                ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("pSpsElements != NULL"),
+                ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("pBuffer != NULL"),
+                            AssertionOf("pSpsElements != NULL"), AssertionOf("pSpsElements != NULL"),
                             AssertionOf("ppNewSpsBuffer != NULL"), AssertionOf("pNewSPSLength != NULL"),
                             AssertionOf("sps_bb != NULL"), AssertionOf("pSpsElements != NULL"),
                             AssertionOf("new_sps_bb != NULL")));
-    EXPECT_THAT(trace.messages(), testing::SizeIs(7));
+    EXPECT_THAT(trace.Errors(), ElementsAre("Failed to get NAL type offset from pBuffer:(nil).\n",
+                                            "Failed to set vui parameters SPS NAL!\n"));
     trace.Clear();
     EXPECT_EQ(H265Lib_modify_sps_NAL(nal.data(), 4, input_.sps.get(), &buffer, &length), FALSE);
     EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("buffer_len > 4")));

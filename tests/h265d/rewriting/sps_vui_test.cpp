@@ -67,8 +67,8 @@ TEST_F(SpsVuiReplacement, WithoutVuiItFailsSilently) {
         EXPECT_EQ(buffer, nullptr);
         EXPECT_EQ(length, 0u);
         EXPECT_THAT(trace.Assertions(), IsEmpty());
-        EXPECT_THAT(trace.Texts(7),
-                    ElementsAre(testing::StartsWith("Called, new_sps_nalu_bb:0x"), "Done.\n"));
+        EXPECT_THAT(trace.Texts(7), ElementsAre(testing::StartsWith("Called, new_sps_nalu_bb:0x"), "Done.\n",
+                                                "Done, bRetCode:\"FALSE\".\n"));
         EXPECT_THAT(trace.Errors(), ElementsAre("Failed to set vui parameters SPS NAL!\n"));
     }
 }
@@ -106,22 +106,25 @@ TEST_F(SpsVuiReplacement, NullArgumentsAreReportedAndFail) {
     UINT length = 77;
     const unsigned int size = static_cast<unsigned int>(input_.nal.size());
     bitbuffer_t bb{};
-    TraceCapture trace;
-    EXPECT_EQ(H265Lib_Set_sps_vui_parameters_NAL(nullptr, size, input_.sps.get(), &buffer, &length), FALSE);
+    TraceCapture trace(3);
     EXPECT_EQ(H265Lib_Set_sps_vui_parameters_NAL(input_.nal.data(), size, input_.sps.get(), nullptr, &length),
               FALSE);
     EXPECT_EQ(H265Lib_Set_sps_vui_parameters_NAL(input_.nal.data(), size, input_.sps.get(), &buffer, nullptr),
               FALSE);
     EXPECT_EQ(buffer, input_.nal.data());
     EXPECT_EQ(length, 77u);
+    EXPECT_EQ(H265Lib_Set_sps_vui_parameters_NAL(nullptr, size, input_.sps.get(), &buffer, &length), FALSE);
+    EXPECT_EQ(buffer, nullptr);
+    EXPECT_EQ(length, 0u);
     EXPECT_EQ(_set_sps_vui_parameters(nullptr, 1, input_.sps.get(), &bb, 257), -1);
     EXPECT_EQ(_set_sps_vui_parameters(&bb, 1, nullptr, &bb, 257), -1);
     EXPECT_EQ(_set_sps_vui_parameters(&bb, 1, input_.sps.get(), nullptr, 257), -1);
     EXPECT_THAT(trace.Assertions(),
-                ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("ppNewSpsBuffer != NULL"),
-                            AssertionOf("pNewSPSLength != NULL"), AssertionOf("sps_nalu_bb != NULL"),
-                            AssertionOf("sps != NULL"), AssertionOf("new_sps_nalu_bb != NULL")));
-    EXPECT_THAT(trace.messages(), testing::SizeIs(6));
+                ElementsAre(AssertionOf("ppNewSpsBuffer != NULL"), AssertionOf("pNewSPSLength != NULL"),
+                            AssertionOf("pBuffer != NULL"), AssertionOf("pBuffer != NULL"),
+                            AssertionOf("sps_nalu_bb != NULL"), AssertionOf("sps != NULL"),
+                            AssertionOf("new_sps_nalu_bb != NULL")));
+    EXPECT_THAT(trace.Errors(), ElementsAre("Failed to get NAL type offset from pBuffer:(nil).\n"));
 }
 
 TEST_F(SpsVuiReplacement, AMissingRecordIsReportedWhereItIsUsed) {

@@ -239,13 +239,14 @@ TEST_F(VpsRewriting, NullArgumentsAreReportedAndFail) {
     vps_h265_t *const no_record = nullptr;
     bitbuffer_t bb{};
     const auto vps = std::make_unique<vps_h265_t>();
-    const TraceCapture trace;
+    const TraceCapture trace(3);
     EXPECT_EQ(H265Lib_modify_vps_NAL(nullptr, 30), FALSE);
     EXPECT_EQ(_modify_vps_parameters(nullptr, 1, vps.get()), -1);
     EXPECT_EQ(_modify_vps_parameters(&bb, 1, no_record), -1);
-    EXPECT_THAT(trace.Assertions(), ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("vps_bb != NULL"),
-                                                AssertionOf("pVpsElements != NULL")));
-    EXPECT_THAT(trace.messages(), testing::SizeIs(3));
+    EXPECT_THAT(trace.Assertions(),
+                ElementsAre(AssertionOf("pBuffer != NULL"), AssertionOf("pBuffer != NULL"),
+                            AssertionOf("vps_bb != NULL"), AssertionOf("pVpsElements != NULL")));
+    EXPECT_THAT(trace.Errors(), ElementsAre("Failed to get NAL type offset from pBuffer:(nil).\n"));
 }
 
 // ---- the flags -----------------------------------------------------------------------------------------

@@ -46,8 +46,6 @@ int H265Lib_format_sei_cc_nal(unsigned char *buffer, int buffer_len, const vanc_
     const std::time_t now = std::time(nullptr);
     if (pCc_records != nullptr)
         *pCc_records = 0;
-    if (buffer == nullptr)
-        return 0;
 
     if (cc_count > ENCODER_ID_UNIT) {
         const int nEncoderID = cc_count / ENCODER_ID_UNIT - 1;
@@ -69,6 +67,8 @@ int H265Lib_format_sei_cc_nal(unsigned char *buffer, int buffer_len, const vanc_
         TRACE(kError, "BytesNeeded:%d is greater than MAX SEI RBSP:%d.\n", BytesNeeded, MAX_SEI_RBSP);
         return 0;
     }
+    if (buffer == nullptr)
+        return 0;
 
     // payload type and size; country code, provider code, identifier, user_data_type_code; the head of
     // cc_data( ): process_em_data_flag, process_cc_data_flag, cc_count; em_data
@@ -84,7 +84,6 @@ int H265Lib_format_sei_cc_nal(unsigned char *buffer, int buffer_len, const vanc_
               static_cast<const void *>(vanc_data), vanc_entries, cc_count);
 
     int cc_records = 0;
-    const bool detailed = TraceLetsThrough(kDetail);
     for (int i = 0; has_input && i < vanc_entries && cc_records < cc_count; i++) {
         const vanc_t &entry = vanc_data[i];
         if (entry.suid != SUID_CLOSED_CAPTION) {
@@ -95,10 +94,8 @@ int H265Lib_format_sei_cc_nal(unsigned char *buffer, int buffer_len, const vanc_
         }
         const caption_t &caption = entry.vanc_data.caption;
         triplet = PutTriplet(triplet, TripletOf(caption));
-        if (detailed) [[unlikely]]
-            TRACE(kDetail,  // GCOVR_EXCL_BR_LINE: just found to be let through
-                  "vanc_data:%p, Entry:%d, cc_type:%d.\n", static_cast<const void *>(&entry), i,
-                  caption.type);
+        TRACE(kDetail, "vanc_data:%p, Entry:%d, cc_type:%d.\n", static_cast<const void *>(&entry), i,
+              caption.type);
         cc_records++;
     }
     for (int j = cc_records; j < cc_count; j++)

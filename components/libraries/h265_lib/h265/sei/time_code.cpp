@@ -103,14 +103,14 @@ int _AssembleTimecodeSEI(unsigned char *buffer, int len, const vitc_t *pVitc_dat
 
     ASSERT_ARGUMENT(buffer != NULL);
     ASSERT_ARGUMENT(pTimecode_data != NULL);
-    if (buffer == nullptr || pTimecode_data == nullptr)
-        return -1;
     sei_h265_time_code_t tc{};
     if (len < MIN_TIME_CODE_BUFFER) {
         TRACE(kError, "Received buffer len:%d is smaller than actual size of SEI:%d.\n", len,
               MIN_TIME_CODE_BUFFER);
         return -1;
     }
+    if (buffer == nullptr || pTimecode_data == nullptr)
+        return -1;
     const SEI_COMMERCIALTC &time = pTimecode_data->WallTime;
     tc.hours_value[0] = time.hours;
     tc.minutes_value[0] = time.minutes;
@@ -156,15 +156,14 @@ int H265Lib_format_sei_time_code_nal(unsigned char *buffer, int len, const vitc_
     ASSERT_ARGUMENT(len > 0);
     ASSERT_ARGUMENT(pVitcData != NULL);  // reported, although the wall time then serves
     ASSERT_ARGUMENT(pTimecodeData != NULL);
-    if (buffer == nullptr || pTimecodeData == nullptr)
-        return -1;
     TRACE(kFunction, "Called. Buffer:0x%p, len:%d, pVitc_data:%p, timecode_data:%p\n",
           static_cast<void *>(buffer), len, static_cast<const void *>(pVitcData),
           static_cast<void *>(pTimecodeData));
     if (pVitcData != nullptr && _SMPTEVitcToSEIPictiming(pVitcData, pTimecodeData) == -1) {
         TRACE(kError, "Failed to convert pVitcData:%p into timecode_data:%p\n",
               static_cast<const void *>(pVitcData), static_cast<void *>(pTimecodeData));
-        pTimecodeData->WallTime = {};
+        if (pTimecodeData != nullptr)
+            pTimecodeData->WallTime = {};
     }
     return _AssembleTimecodeSEI(buffer, len, pVitcData, pTimecodeData);
 }

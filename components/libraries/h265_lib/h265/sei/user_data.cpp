@@ -55,12 +55,12 @@ int _format_sei_user_data_registered_nal(unsigned char *buffer, unsigned int buf
     ASSERT_ARGUMENT(buffer_len > 3);
     ASSERT_ARGUMENT(user_data_payload != NULL);
     ASSERT_ARGUMENT(payload_size > 0);
-    if (buffer == nullptr || user_data_payload == nullptr)
-        return 0;
     if (IsTooSmall(buffer_len, uint64_t{payload_size} + 11)) {
         TRACE(kError, "SEI output buffer length:%d is too small!\n", buffer_len);
         return 0;
     }
+    if (buffer == nullptr || user_data_payload == nullptr)
+        return 0;
     const bool extended = itu_t_t35_country_code == kExtended;
     const unsigned int mandatory_bytes = extended ? 2 : 1;
     PutHeader(buffer, USER_DATA_REGISTERED, payload_size + mandatory_bytes);
@@ -81,12 +81,12 @@ int _format_sei_user_data_unregistered_nal(unsigned char *buffer, unsigned int b
     ASSERT_ARGUMENT(pUuid_iso_iec_11578 != NULL);
     ASSERT_ARGUMENT(uuid_len > 0);
     ASSERT_ARGUMENT(user_data_payload != NULL);
-    if (buffer == nullptr || pUuid_iso_iec_11578 == nullptr || user_data_payload == nullptr)
-        return 0;
     if (IsTooSmall(buffer_len, uint64_t{uuid_len} + payload_size + 8)) {
         TRACE(kError, "SEI output buffer length:%d is too small!\n", buffer_len);
         return 0;
     }
+    if (buffer == nullptr || pUuid_iso_iec_11578 == nullptr || user_data_payload == nullptr)
+        return 0;
     PutHeader(buffer, USER_DATA_UNREGISTERED, payload_size + uuid_len);
     std::memcpy(buffer + kHeaderSize, pUuid_iso_iec_11578, uuid_len);
     return FinishWithPayload(

@@ -3,8 +3,6 @@
 
 int _display_scaling_list_data(const scaling_list_data_t *sld) {
     ASSERT_ARGUMENT(sld != NULL);
-    if (sld == nullptr)
-        return 0;
     TRACE(kInformation, "Scaling list Data:%p parsing is NOT done at the moment.\n",
           static_cast<const void *>(sld));
     return 0;

@@ -5,8 +5,6 @@ namespace {
 
 constexpr int kLevel = kDisplay;
 
-constexpr int MAX_SHORT_TERM_REF_PIC_SETS = 64;  // clause 7.4.3.2.1
-
 }  // namespace
 
 void H265Lib_Display_sps(const sps_h265_t *sps) {
@@ -67,7 +65,7 @@ void H265Lib_Display_sps(const sps_h265_t *sps) {
     }
     SHOW_U(sps, num_short_term_ref_pics_sets);
     DerivedRefPicSets derived_sets;
-    for (int i = 0; i < Shown(sps->num_short_term_ref_pics_sets, MAX_SHORT_TERM_REF_PIC_SETS); i++)
+    for (int i = 0; i < Shown(sps->num_short_term_ref_pics_sets, H265_SPS_SHORT_TERM_REF_PIC_SETS); i++)
         _display_short_term_ref_pic_set(&sps->strps[i], static_cast<UINT64>(i),
                                         sps->num_short_term_ref_pics_sets, &derived_sets);
     SHOW_FLAG(sps, long_term_ref_pics_present_flag);

@@ -4,8 +4,13 @@
 
 namespace {
 
-// In whose name the functions here report. A constant, so that none is made where there is nothing to report.
-constexpr TraceSite kSite = {"_GetNALTypeOffset", __FILE_NAME__, __LINE__};
+// The functions here report in its name.
+constexpr char kName[] = "_GetNALTypeOffset";
+
+#define SITE_HERE                      \
+    TraceSite {                        \
+        kName, __FILE_NAME__, __LINE__ \
+    }
 
 // The buffer has at least three bytes.
 inline BOOL FindStartCode(const unsigned char *pBuffer, int buffer_len, int *pnOffset) {
@@ -14,13 +19,13 @@ inline BOOL FindStartCode(const unsigned char *pBuffer, int buffer_len, int *pnO
     if (pBuffer[2] == 1) {
         *pnOffset = 3;
         if (TraceLetsThrough(kDetail))
-            TraceAt(kSite, kDetail, "Found Annex-B 3 bytes start code prefix.\n");
+            TraceAt(SITE_HERE, kDetail, "Found Annex-B 3 bytes start code prefix.\n");
         return TRUE;
     }
     if (pBuffer[2] == 0 && buffer_len >= 4 && pBuffer[3] == 1) {
         *pnOffset = 4;
         if (TraceLetsThrough(kDetail))
-            TraceAt(kSite, kDetail, "Found Annex-B 4 bytes start code prefix.\n");
+            TraceAt(SITE_HERE, kDetail, "Found Annex-B 4 bytes start code prefix.\n");
         return TRUE;
     }
     return FALSE;
@@ -31,11 +36,11 @@ inline BOOL FindStartCode(const unsigned char *pBuffer, int buffer_len, int *pnO
 [[gnu::cold, gnu::noinline]] BOOL ReportArguments(const unsigned char *pBuffer, int buffer_len,
                                                   int *pnOffset) {
     if (pBuffer == nullptr)
-        AssertAt(kSite, "pBuffer != NULL");
+        AssertAt(SITE_HERE, "pBuffer != NULL");
     if (buffer_len < 4)
-        AssertAt(kSite, "buffer_len >= 4");
+        AssertAt(SITE_HERE, "buffer_len >= 4");
     if (pnOffset == nullptr)
-        AssertAt(kSite, "pnOffset != NULL");
+        AssertAt(SITE_HERE, "pnOffset != NULL");
     if (pBuffer == nullptr || pnOffset == nullptr || buffer_len < 3)
         return FALSE;
     return FindStartCode(pBuffer, buffer_len, pnOffset);

@@ -29,7 +29,7 @@ inline constexpr char kNoMemoryForNalSodbBuffer[] =
 
 // What a parse entry point works on.
 struct ParseInput {
-    const unsigned char *nal;  // the NAL unit, from its start code on; not null
+    const unsigned char *nal;  // the NAL unit, from its start code on; null has none
     int64_t length;            // its length in bytes, as the caller gave it
     TraceSite site;            // the entry point, in whose name failures are reported
 };
@@ -96,18 +96,20 @@ constexpr int64_t PrefixOfNal(int64_t bytes_read) {
                                                                   const char *no_memory,
                                                                   unsigned char **scratch, bitbuffer_t *bb,
                                                                   int64_t prefix = INT64_MAX) {
-    constexpr size_t kHeapReserve = 32;             // bytes beyond the length of the NAL unit
+    constexpr int64_t kHeapReserve = 32;            // bytes beyond the length of the NAL unit
     constexpr int64_t kLongestSodb = UINT_MAX / 8;  // longer ones have more bits than a cursor counts
     if (!IsLongEnough(input, texts))
         return nullptr;
     // Not cleared, which would take as long as the NAL unit is: nothing behind what is filled is read.
-    const size_t capacity = static_cast<size_t>(std::max<int64_t>(input.length, 0)) + kHeapReserve;
-    *scratch = static_cast<unsigned char *>(std::malloc(capacity));
+    const int64_t capacity = input.length + kHeapReserve;
+    *scratch =
+        capacity < 0 ? nullptr : static_cast<unsigned char *>(std::malloc(static_cast<size_t>(capacity)));
     if (*scratch == nullptr) {
         TraceAt(input.site, kError, no_memory, static_cast<int>(capacity));
         return nullptr;
     }
-    if (TraceLetsThrough(kFunction) || input.length > kLongestSodb)
+    const bool traced = TraceLetsThrough(kFunction);
+    if (traced || input.length > kLongestSodb)
         prefix = INT64_MAX;
     const unsigned char *header =
         FillScratch(input, texts, *scratch, static_cast<unsigned int>(capacity), bb, prefix);
@@ -115,7 +117,7 @@ constexpr int64_t PrefixOfNal(int64_t bytes_read) {
         std::free(*scratch);
         return nullptr;
     }
-    if (TraceLetsThrough(kFunction))
+    if (traced)
         TraceAt(input.site, kFunction,
                 "SODB deencapsulation was successful NAL unit length:%d, SODB length:%d.\n",
                 static_cast<int>(input.length), static_cast<int>(bb->num_bits / 8));

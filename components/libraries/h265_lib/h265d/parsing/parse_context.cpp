@@ -42,12 +42,12 @@ BOOL H265Lib_Parse_sps_nal_ex(const unsigned char *buffer, size_t buffer_len, H2
     ASSERT_ARGUMENT(buffer != NULL);
     ASSERT_ARGUMENT(pContext != NULL);
     ASSERT_ARGUMENT(pSps != NULL);
-    if (buffer == nullptr || pContext == nullptr || pSps == nullptr)
-        return FALSE;
     if (buffer_len < kShortestLength) {
         TRACE(kError, "buffer_len:%d is too small. Malformed NAL.\n", static_cast<int>(buffer_len));
         return FALSE;
     }
+    if (buffer == nullptr || pContext == nullptr || pSps == nullptr)
+        return FALSE;
     if (IsRemembered(buffer, buffer_len, pContext->LastSPS, pContext->LastSPSLength)) {
         TRACE(kFunction, "SPS has not changed no need to parse it again.\n");
         Recall(pContext->last_parsed_sps, pSps);
@@ -69,12 +69,12 @@ BOOL H265Lib_Parse_pps_nal_ex(const unsigned char *buffer, unsigned int buffer_l
     ASSERT_ARGUMENT(buffer != NULL);
     ASSERT_ARGUMENT(pContext != NULL);
     ASSERT_ARGUMENT(pps != NULL);
-    if (buffer == nullptr || pContext == nullptr || pps == nullptr)
-        return FALSE;
     if (buffer_len < kShortestLength) {
         TRACE(kError, "buffer_len:%d is too small. Malformed NAL.\n", static_cast<int>(buffer_len));
         return FALSE;
     }
+    if (buffer == nullptr || pContext == nullptr || pps == nullptr)
+        return FALSE;
     if (IsRemembered(buffer, buffer_len, pContext->LastPPS, pContext->LastPPSLength)) {
         TRACE(kFunction, "PPS has not changed no need to parse it again.\n");
         Recall(pContext->last_parsed_pps, pps);

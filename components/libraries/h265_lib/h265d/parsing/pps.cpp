@@ -1,5 +1,7 @@
 #include "h265d/parsing/pps.h"
 
+#include <algorithm>
+
 #include "common/read.h"
 #include "h265d/framing/parse_frame.h"
 #include "h265d/parsing/scaling_list.h"
@@ -11,9 +13,13 @@ namespace {
 constexpr int MAX_TILE_COLUMN_INDEX = 480;
 constexpr int MAX_TILE_ROW_INDEX = 270;
 
-// No H.265 level has pictures with more tile columns or rows (16888 luma samples, blocks of 16): a count
-// beyond it counts as unreadable.
-constexpr uint32_t MAX_TILES_MINUS1 = 1055 - 1;
+// No H.265 level has pictures with more tile columns or rows (16888 luma samples, blocks of 16). Indices
+// beyond it would only be asserted one by one, as many as a hostile count asks for.
+constexpr UINT64 MAX_TILES_MINUS1 = 1055 - 1;
+
+int TilesMinus1(UINT64 count_minus1) {
+    return static_cast<int>(std::min(count_minus1, MAX_TILES_MINUS1));
+}
 
 }  // namespace
 
@@ -48,19 +54,17 @@ int _parse_pps(bitbuffer_t *pps_nalu_bb, pps_h265_t *pps) {
     READ_FLAG(bb, pps, entropy_coding_sync_enabled_flag);
     if (pps->tiles_enabled_flag) {
         // "tiles" in both texts
-        READ_UE_MAX_AS(bb, MAX_TILES_MINUS1, pps->num_tile_columns_minus1,
-                       "cannot parse num_tiles_columns_minus1.\n");
-        READ_UE_MAX_AS(bb, MAX_TILES_MINUS1, pps->num_tile_rows_minus1,
-                       "cannot parse num_tiles_rows_minus1.\n");
+        READ_UE_AS(bb, pps->num_tile_columns_minus1, "cannot parse num_tiles_columns_minus1.\n");
+        READ_UE_AS(bb, pps->num_tile_rows_minus1, "cannot parse num_tiles_rows_minus1.\n");
         READ_FLAG(bb, pps, uniform_spacing_flag);
         if (!pps->uniform_spacing_flag) {
-            for (int i = 0; i < static_cast<int>(pps->num_tile_columns_minus1); i++) {
+            for (int i = 0; i < TilesMinus1(pps->num_tile_columns_minus1); i++) {
                 if (i > MAX_TILE_COLUMN_INDEX)
                     TEXT_ASSERTION("Too many tiles columns!");
                 else
                     READ_UE(bb, pps, column_width_minus1, i);
             }
-            for (int i = 0; i < static_cast<int>(pps->num_tile_rows_minus1); i++) {
+            for (int i = 0; i < TilesMinus1(pps->num_tile_rows_minus1); i++) {
                 if (i > MAX_TILE_ROW_INDEX)
                     TEXT_ASSERTION("Too many tiles rows!");
                 else  // reported under the name of the columns
@@ -143,8 +147,6 @@ BOOL H265Lib_Parse_pps_nal(const unsigned char *buffer, int buffer_len, pps_h265
 
     ASSERT_ARGUMENT(buffer != NULL);
     ASSERT_ARGUMENT(pps != NULL);
-    if (buffer == nullptr || pps == nullptr)
-        return FALSE;
 
     unsigned char pps_sodb_buffer[PPS_SODB_CAPACITY];
     bitbuffer_t bb;

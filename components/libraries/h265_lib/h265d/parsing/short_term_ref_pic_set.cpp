@@ -42,8 +42,7 @@ int _parse_short_term_ref_pic_set(bitbuffer_t *sps_nalu_bb, unsigned long NumSho
         const int num_negative_pics = static_cast<int>(strps->num_negative_pics);
         TRACE(kFunction, "After num_negative_pics:%d, CurrentBitOffset:%d.\n", num_negative_pics,
               bb.offset());
-        READ_UE_MAX(bb, static_cast<uint32_t>(H265_RPS_PICTURES - num_negative_pics), strps,
-                    num_positive_pics);
+        READ_UE_MAX(bb, H265_RPS_PICTURES, strps, num_positive_pics);
         const int num_positive_pics = static_cast<int>(strps->num_positive_pics);
 
         for (int i = 0; i < num_negative_pics; i++) {

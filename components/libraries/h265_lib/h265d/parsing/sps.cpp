@@ -165,8 +165,6 @@ BOOL H265Lib_Parse_sps_nal(const unsigned char *buffer, size_t buffer_len, sps_h
 
     ASSERT_ARGUMENT(buffer != NULL);
     ASSERT_ARGUMENT(pSps != NULL);
-    if (buffer == nullptr || pSps == nullptr)
-        return FALSE;
 
     unsigned char sodb[SPS_SODB_CAPACITY];
     bitbuffer_t bb;

@@ -129,8 +129,6 @@ BOOL H265Lib_Parse_vps_nal(const unsigned char *pBuffer, size_t BufferLen, vps_h
     ASSERT_ARGUMENT(pBuffer != NULL);
     ASSERT_ARGUMENT(BufferLen > 0);
     ASSERT_ARGUMENT(pVps != NULL);
-    if (pBuffer == nullptr || pVps == nullptr)
-        return FALSE;
 
     unsigned char sodb[VPS_SODB_CAPACITY];
     bitbuffer_t bb;

@@ -48,7 +48,7 @@ BOOL H265Lib_modify_pictiming_sei_NAL(unsigned char *pBuffer, UINT *pBufferLen, 
         ASSERT_ARGUMENT(*pBufferLen >= 4);
     ASSERT_ARGUMENT(pVUI != NULL);
     ASSERT_ARGUMENT(pPt != NULL);
-    if (pBuffer == nullptr || pBufferLen == nullptr || pVUI == nullptr || pPt == nullptr)
+    if (pBufferLen == nullptr)
         return FALSE;
 
     const int length = static_cast<int>(std::min<UINT>(*pBufferLen, INT_MAX));
@@ -59,10 +59,6 @@ BOOL H265Lib_modify_pictiming_sei_NAL(unsigned char *pBuffer, UINT *pBufferLen, 
     }
     const int payload_start = offset + 2;
     TRACE(kInformation, "NALTypeOffset:%d, PayloadStartOffset:%d.\n", offset, payload_start);
-    if (length < payload_start) {
-        TRACE(kError, "Failed to get SODB from RBSP. Output buffer is too small.\n");
-        return FALSE;
-    }
     const TrailingBits trailing = FindTrailingBits(TRACE_SITE, pBuffer, length, offset);
     TRACE(kInformation,
           "Found StopBitPos:%d, StopBitOffsetFromEoNAL:%d, LastByte[%d]:%02X, NALLenWoRBSPTrailingBits:%d, "

@@ -113,8 +113,7 @@ BOOL H265Lib_modify_sps_NAL(const unsigned char *pBuffer, unsigned int buffer_le
     ASSERT_ARGUMENT(pSpsElements != NULL);
     ASSERT_ARGUMENT(ppNewSpsBuffer != NULL);
     ASSERT_ARGUMENT(pNewSPSLength != NULL);
-    if (pBuffer == nullptr || pSpsElements == nullptr || ppNewSpsBuffer == nullptr ||
-        pNewSPSLength == nullptr)
+    if (ppNewSpsBuffer == nullptr || pNewSPSLength == nullptr)
         return FALSE;
     const SpsRewriting result = RewriteSpsNal(TRACE_SITE, pBuffer, buffer_len, pSpsElements,
                                               _modify_sps_parameters, ppNewSpsBuffer, pNewSPSLength);

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "h264.h"
 #include "h265d/framing/nal_type_offset.h"
@@ -11,6 +12,10 @@
 namespace {
 
 constexpr int NAL_HEADER_SIZE = 2;
+
+struct Free {
+    void operator()(unsigned char *block) const { std::free(block); }
+};
 
 SpsRewriting Cleared(SpsRewriting result, unsigned char **ppNewSpsBuffer, UINT *pNewSPSLength) {
     *ppNewSpsBuffer = nullptr;
@@ -23,6 +28,13 @@ SpsRewriting Cleared(SpsRewriting result, unsigned char **ppNewSpsBuffer, UINT *
 SpsRewriting RewriteSpsNal(const TraceSite &site, const unsigned char *pBuffer, unsigned int buffer_len,
                            const sps_h265_t *pSpsElements, RewriteSps rewrite, unsigned char **ppNewSpsBuffer,
                            UINT *pNewSPSLength) {
+    const size_t NewSpsBufLength = size_t{buffer_len} + MIN_VUI_PARAMETERS_SIZE_BYTES;
+    // malloc keeps blocks of usual sizes ready, which calloc does not look for
+    std::unique_ptr<unsigned char, Free> new_sps(static_cast<unsigned char *>(std::malloc(NewSpsBufLength)));
+    if (new_sps == nullptr) {
+        AssertAt(site, "pNewSpsBuffer = calloc(1, NewSpsBufLength)");
+        return Cleared(SpsRewriting::kFailed, ppNewSpsBuffer, pNewSPSLength);
+    }
     int offset = 0;
     if (!_GetNALTypeOffset(pBuffer, static_cast<int>(std::min<unsigned int>(buffer_len, INT_MAX)), &offset)) {
         TraceAt(site, kError, "Failed to get NAL type offset from pBuffer:%p.\n",
@@ -53,22 +65,14 @@ SpsRewriting RewriteSpsNal(const TraceSite &site, const unsigned char *pBuffer, 
         return Cleared(SpsRewriting::kFailed, ppNewSpsBuffer, pNewSPSLength);
     }
 
-    const int NewSpsBufLength = static_cast<int>(buffer_len) + MIN_VUI_PARAMETERS_SIZE_BYTES;
-    // malloc keeps blocks of usual sizes ready, which calloc does not look for
-    unsigned char *const pNewSpsBuffer =
-        static_cast<unsigned char *>(std::malloc(static_cast<size_t>(NewSpsBufLength)));
-    if (pNewSpsBuffer == nullptr) {
-        AssertAt(site, "pNewSpsBuffer = calloc(1, NewSpsBufLength)");
-        return Cleared(SpsRewriting::kFailed, ppNewSpsBuffer, pNewSPSLength);
-    }
-    const int header = offset + NAL_HEADER_SIZE;
-    std::memcpy(pNewSpsBuffer, pBuffer, static_cast<size_t>(header));
-    const int encapsulated = RBSP_encapsulation_within_NAL(new_sodb, new_sodb_length, pNewSpsBuffer + header,
-                                                           NewSpsBufLength - header);
-    const int length = header + encapsulated;  // a header alone when it did not fit
-    std::memset(pNewSpsBuffer + length, 0, static_cast<size_t>(NewSpsBufLength - length));
-    *ppNewSpsBuffer = pNewSpsBuffer;
+    const auto header = static_cast<size_t>(offset + NAL_HEADER_SIZE);
+    std::memcpy(new_sps.get(), pBuffer, header);
+    const int encapsulated = RBSP_encapsulation_within_NAL(new_sodb, new_sodb_length, new_sps.get() + header,
+                                                           static_cast<int>(NewSpsBufLength - header));
+    const size_t length = header + static_cast<size_t>(encapsulated);  // a header alone when it did not fit
+    std::memset(new_sps.get() + length, 0, NewSpsBufLength - length);
     *pNewSPSLength = static_cast<UINT>(length);
+    *ppNewSpsBuffer = new_sps.release();
     return SpsRewriting::kDone;
 }
 

@@ -17,7 +17,8 @@ using RewriteSps = int (*)(bitbuffer_t *sps_bb, int SpsSodbLength, const sps_h26
                            bitbuffer_t *new_sps_bb, int NewSpsSodbLength);
 
 enum class SpsRewriting {
-    kRefused,  // the input: no start code (which clears the outputs), or too long (which leaves them alone)
+    kRefused,  // the input: no start code (which clears the outputs); too long, or its header alone (which
+               // leave them)
     kFailed,   // the rewriting; the outputs are cleared
     kDone,
 };

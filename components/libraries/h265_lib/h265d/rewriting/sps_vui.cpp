@@ -32,8 +32,11 @@ BOOL H265Lib_Set_sps_vui_parameters_NAL(const unsigned char *pBuffer, unsigned i
     ASSERT_ARGUMENT(pBuffer != NULL);
     ASSERT_ARGUMENT(ppNewSpsBuffer != NULL);
     ASSERT_ARGUMENT(pNewSPSLength != NULL);
-    if (pBuffer == nullptr || ppNewSpsBuffer == nullptr || pNewSPSLength == nullptr)
+    if (ppNewSpsBuffer == nullptr || pNewSPSLength == nullptr)
         return FALSE;
-    return RewriteSpsNal(TRACE_SITE, pBuffer, buffer_len, pSpsElements, _set_sps_vui_parameters,
-                         ppNewSpsBuffer, pNewSPSLength) == SpsRewriting::kDone;
+    const SpsRewriting result = RewriteSpsNal(TRACE_SITE, pBuffer, buffer_len, pSpsElements,
+                                              _set_sps_vui_parameters, ppNewSpsBuffer, pNewSPSLength);
+    if (result == SpsRewriting::kFailed)  // success is not traced
+        TRACE(kFunction, "Done, bRetCode:\"%s\".\n", "FALSE");
+    return result == SpsRewriting::kDone;
 }

@@ -42,8 +42,6 @@ int _modify_vps_parameters(bitbuffer_t *vps_bb, int VPSSodbLength, const vps_h26
 BOOL H265Lib_modify_vps_NAL(unsigned char *pBuffer, unsigned int buffer_len) {
     ASSERT_ARGUMENT(pBuffer != NULL);
     ASSERT_ARGUMENT(buffer_len >= 4);
-    if (pBuffer == nullptr)
-        return FALSE;
     if (TraceLetsThrough(kInformation))
         _DoDbgPrintBuffer(g_hH265LibDbg, kInformation, pBuffer, buffer_len, "ORIGINAL VPS NAL", __func__,
                           __FILE_NAME__, __LINE__);

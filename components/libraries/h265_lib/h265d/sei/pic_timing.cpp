@@ -73,8 +73,6 @@ BOOL H265Lib_Parse_sei_pictiming_nal(const unsigned char *pBuffer, int BufferLen
     ASSERT_ARGUMENT(pMsgHeader != NULL);
     ASSERT_ARGUMENT(pVUI != NULL);
     ASSERT_ARGUMENT(pPt != NULL);
-    if (pBuffer == nullptr || pMsgHeader == nullptr || pVUI == nullptr || pPt == nullptr)
-        return FALSE;
 
     unsigned char *pNalSodbBuffer = nullptr;
     bitbuffer_t bb;

@@ -86,8 +86,6 @@ BOOL H265Lib_Parse_sei_timecode_nal(const unsigned char *pBuffer, int BufferLen,
     ASSERT_ARGUMENT(pBuffer != NULL);
     ASSERT_ARGUMENT(BufferLen > 4);
     ASSERT_ARGUMENT(pTc != NULL);
-    if (pBuffer == nullptr || pTc == nullptr)
-        return FALSE;
 
     unsigned char *pNalSodbBuffer = nullptr;
     bitbuffer_t bb;
