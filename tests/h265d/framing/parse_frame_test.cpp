@@ -244,12 +244,11 @@ TEST_F(HeapScratch, TracesBothLengths) {
 
 class OpenedSodb : public testing::Test {
  protected:
-    static constexpr ParseFrameTexts kTexts = {"length %d\n", "no start code %p\n", "no SODB\n"};
+    static constexpr ParseFrameTexts kTexts = {
+        {"Entry", "entry.cpp", 7}, "length %d\n", "no start code %p\n", "no SODB\n"};
     static constexpr unsigned char kUntouched = 0xA5;
 
-    ParseInput Input() const {
-        return {nal_.data(), static_cast<int64_t>(nal_.size()), {"Entry", "entry.cpp", 7}};
-    }
+    ParseInput Input() const { return {nal_.data(), static_cast<int64_t>(nal_.size())}; }
 
     void ExpectOpened(const unsigned char *header, const unsigned char *scratch) const {
         EXPECT_EQ(header, nal_.data() + 4);
@@ -285,7 +284,7 @@ TEST_F(OpenedSodb, GivesAHeapScratchThatTheCallerReleases) {
 // What a reader that stops early gets is the front of what there is, as far as it can read.
 TEST(PrefixOfNal, HoldsAsManyBytesAsAreRead) {
     const TraceCapture trace{6};
-    static constexpr ParseFrameTexts kTexts = {"%d", "%p", "no SODB"};
+    static constexpr ParseFrameTexts kTexts = {TRACE_SITE, "%d", "%p", "no SODB"};
     constexpr int64_t kRead = 20;
     for (unsigned int seed = 0; seed < 2000; seed++) {
         Bytes nal = {0, 0, 1, 0x02, 0x01};
@@ -296,7 +295,7 @@ TEST(PrefixOfNal, HoldsAsManyBytesAsAreRead) {
         bitbuffer_t whole_bb;
         unsigned char *scratch = nullptr;
         bitbuffer_t prefix_bb;
-        const ParseInput input = {nal.data(), static_cast<int64_t>(nal.size()), TRACE_SITE};
+        const ParseInput input = {nal.data(), static_cast<int64_t>(nal.size())};
         ASSERT_NE(OpenSodb(input, kTexts, whole, sizeof whole, &whole_bb), nullptr);
         ASSERT_NE(OpenSodbOnHeap(input, kTexts, "", &scratch, &prefix_bb, PrefixOfNal(kRead)), nullptr);
         EXPECT_LT(prefix_bb.num_bits, whole_bb.num_bits);

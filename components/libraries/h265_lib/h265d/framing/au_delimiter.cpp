@@ -27,7 +27,7 @@ BOOL _parse_aud(bitbuffer_t *aud_bb, aud_h265_t *aud_data) {
 
 BOOL H265Lib_Parse_au_delimiter_nal(unsigned char *buffer, int buffer_len, aud_h265_t *aud_data) {
     static constexpr ParseFrameTexts kTexts = {
-        kBufferLenTooSmall, "Failed to parse au delimiter nal! buffer:%p.\n", kNoSodbFromRbsp};
+        TRACE_SITE, kBufferLenTooSmall, "Failed to parse au delimiter nal! buffer:%p.\n", kNoSodbFromRbsp};
 
     if (buffer == nullptr) {
         TRACE(kError, "Failed to parse aud NAL! buffer:%p.\n", static_cast<void *>(buffer));
@@ -35,7 +35,7 @@ BOOL H265Lib_Parse_au_delimiter_nal(unsigned char *buffer, int buffer_len, aud_h
     }
     unsigned char sodb[AUD_SODB_CAPACITY];
     bitbuffer_t bb;
-    if (!OpenSodb({buffer, buffer_len, TRACE_SITE}, kTexts, sodb, sizeof sodb, &bb))
+    if (!OpenSodb({buffer, buffer_len}, kTexts, sodb, sizeof sodb, &bb))
         return FALSE;
     if (!_parse_aud(&bb, aud_data)) {
         TRACE(kError, "Failed to parse aud NAL! aud_bb:%p, num_bits:%d, bit_offset:%d, aud_data:%p.\n",

@@ -12,6 +12,13 @@ constexpr char kName[] = "_GetNALTypeOffset";
         kName, __FILE_NAME__, __LINE__ \
     }
 
+[[gnu::cold, gnu::noinline]] void ReportStartCode(int length) {
+    if (length == 3)
+        TraceAt(SITE_HERE, kDetail, "Found Annex-B 3 bytes start code prefix.\n");
+    else
+        TraceAt(SITE_HERE, kDetail, "Found Annex-B 4 bytes start code prefix.\n");
+}
+
 // The buffer has at least three bytes.
 inline BOOL FindStartCode(const unsigned char *pBuffer, int buffer_len, int *pnOffset) {
     if (pBuffer[0] != 0 || pBuffer[1] != 0)
@@ -19,13 +26,13 @@ inline BOOL FindStartCode(const unsigned char *pBuffer, int buffer_len, int *pnO
     if (pBuffer[2] == 1) {
         *pnOffset = 3;
         if (TraceLetsThrough(kDetail))
-            TraceAt(SITE_HERE, kDetail, "Found Annex-B 3 bytes start code prefix.\n");
+            ReportStartCode(3);
         return TRUE;
     }
     if (pBuffer[2] == 0 && buffer_len >= 4 && pBuffer[3] == 1) {
         *pnOffset = 4;
         if (TraceLetsThrough(kDetail))
-            TraceAt(SITE_HERE, kDetail, "Found Annex-B 4 bytes start code prefix.\n");
+            ReportStartCode(4);
         return TRUE;
     }
     return FALSE;

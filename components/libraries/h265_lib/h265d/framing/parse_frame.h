@@ -13,8 +13,10 @@
 #include "common/trace.h"
 #include "h265d/framing/nal_type_offset.h"
 
-// The texts of one entry point, each with the arguments of its format.
+// How an entry point reports: in whose name, and the texts, each with the arguments of its format. A
+// constant, so that nothing of it is put together where there is nothing to report.
 struct ParseFrameTexts {
+    TraceSite site;
     const char *too_small;      // %d: length of the NAL unit; null: its length is not tested
     const char *no_start_code;  // %p: the NAL unit
     const char *no_sodb;
@@ -31,14 +33,13 @@ inline constexpr char kNoMemoryForNalSodbBuffer[] =
 struct ParseInput {
     const unsigned char *nal;  // the NAL unit, from its start code on; null has none
     int64_t length;            // its length in bytes, as the caller gave it
-    TraceSite site;            // the entry point, in whose name failures are reported
 };
 
 inline bool IsLongEnough(const ParseInput &input, const ParseFrameTexts &texts) {
     constexpr int64_t kShortestLength = 5;  // anything shorter is refused unseen
     if (input.length >= kShortestLength || texts.too_small == nullptr)
         return true;
-    TraceAt(input.site, kError, texts.too_small, static_cast<int>(input.length));
+    TraceAt(texts.site, kError, texts.too_small, static_cast<int>(input.length));
     return false;
 }
 
@@ -50,7 +51,7 @@ inline bool IsLongEnough(const ParseInput &input, const ParseFrameTexts &texts) 
     int offset = 0;
     const int searched = static_cast<int>(std::min<int64_t>(input.length, INT_MAX));
     if (!_GetNALTypeOffset(input.nal, searched, &offset)) {
-        TraceAt(input.site, kError, texts.no_start_code, static_cast<const void *>(input.nal));
+        TraceAt(texts.site, kError, texts.no_start_code, static_cast<const void *>(input.nal));
         return nullptr;
     }
     const unsigned char *header = input.nal + offset;
@@ -58,14 +59,14 @@ inline bool IsLongEnough(const ParseInput &input, const ParseFrameTexts &texts) 
     const int sodb_length =
         H265Lib_SODB_deencapsulation_from_NAL(header, static_cast<unsigned int>(length), scratch, capacity);
     if (sodb_length < 1) {
-        TraceAt(input.site, kError, texts.no_sodb);
+        TraceAt(texts.site, kError, texts.no_sodb);
         return nullptr;
     }
     unsigned int num_bits = 0;
     if (__builtin_mul_overflow(static_cast<unsigned int>(sodb_length), 8U, &num_bits) ||
-        __DoInitBitBuffer(bb, scratch, num_bits, input.site.function, input.site.file, input.site.line) !=
+        __DoInitBitBuffer(bb, scratch, num_bits, texts.site.function, texts.site.file, texts.site.line) !=
             0) {
-        TraceAt(input.site, kError, "Failed to init Bitbuffer.\n");
+        TraceAt(texts.site, kError, "Failed to init Bitbuffer.\n");
         return nullptr;
     }
     return header;
@@ -105,7 +106,7 @@ constexpr int64_t PrefixOfNal(int64_t bytes_read) {
     *scratch =
         capacity < 0 ? nullptr : static_cast<unsigned char *>(std::malloc(static_cast<size_t>(capacity)));
     if (*scratch == nullptr) {
-        TraceAt(input.site, kError, no_memory, static_cast<int>(capacity));
+        TraceAt(texts.site, kError, no_memory, static_cast<int>(capacity));
         return nullptr;
     }
     const bool traced = TraceLetsThrough(kFunction);
@@ -118,7 +119,7 @@ constexpr int64_t PrefixOfNal(int64_t bytes_read) {
         return nullptr;
     }
     if (traced)
-        TraceAt(input.site, kFunction,
+        TraceAt(texts.site, kFunction,
                 "SODB deencapsulation was successful NAL unit length:%d, SODB length:%d.\n",
                 static_cast<int>(input.length), static_cast<int>(bb->num_bits / 8));
     return header;

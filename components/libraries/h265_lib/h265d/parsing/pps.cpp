@@ -142,15 +142,15 @@ int _parse_pps(bitbuffer_t *pps_nalu_bb, pps_h265_t *pps) {
 }
 
 BOOL H265Lib_Parse_pps_nal(const unsigned char *buffer, int buffer_len, pps_h265_t *pps) {
-    static constexpr ParseFrameTexts kTexts = {kBufferLenTooSmall, "Failed to parse pps nal! buffer:%p.\n",
-                                               kNoSodbFromRbsp};
+    static constexpr ParseFrameTexts kTexts = {TRACE_SITE, kBufferLenTooSmall,
+                                               "Failed to parse pps nal! buffer:%p.\n", kNoSodbFromRbsp};
 
     ASSERT_ARGUMENT(buffer != NULL);
     ASSERT_ARGUMENT(pps != NULL);
 
     unsigned char pps_sodb_buffer[PPS_SODB_CAPACITY];
     bitbuffer_t bb;
-    if (!OpenSodb({buffer, buffer_len, TRACE_SITE}, kTexts, pps_sodb_buffer, sizeof pps_sodb_buffer, &bb))
+    if (!OpenSodb({buffer, buffer_len}, kTexts, pps_sodb_buffer, sizeof pps_sodb_buffer, &bb))
         return FALSE;
     if (_parse_pps(&bb, pps) == -1) {
         TRACE(kError, "Failed to parse PPS NAL!\n");

@@ -99,7 +99,7 @@ int _parse_slice_header(bitbuffer_t *pNal_bb, const sps_h265_t *sps, const pps_h
 BOOL H265Lib_Parse_slice_header_nal(const unsigned char *buffer, int buffer_len, const sps_h265_t *sps,
                                     const pps_h265_t *pps, ssh_h265_t *pSh) {
     static constexpr ParseFrameTexts kTexts = {
-        kBufferLenTooSmall, "Failed to parse slice header nal! buffer:%p.\n", kNoSodbFromRbsp};
+        TRACE_SITE, kBufferLenTooSmall, "Failed to parse slice header nal! buffer:%p.\n", kNoSodbFromRbsp};
 
     if (buffer == nullptr || pSh == nullptr) {
         TRACE(kError, "buffer:%p or slice header:%p are NULL. This should not happen!\n",
@@ -108,10 +108,9 @@ BOOL H265Lib_Parse_slice_header_nal(const unsigned char *buffer, int buffer_len,
     }
     unsigned char *nal_sodb_buffer = nullptr;
     bitbuffer_t bb;
-    const unsigned char *const header =
-        OpenSodbOnHeap({buffer, buffer_len, TRACE_SITE}, kTexts,
-                       "Failed to allocate memory for nal_sodb_buffer. Size requested:%d.\n",
-                       &nal_sodb_buffer, &bb, PrefixOfNal(MAX_BYTES_READ));
+    const unsigned char *const header = OpenSodbOnHeap(
+        {buffer, buffer_len}, kTexts, "Failed to allocate memory for nal_sodb_buffer. Size requested:%d.\n",
+        &nal_sodb_buffer, &bb, PrefixOfNal(MAX_BYTES_READ));
     if (header == nullptr)
         return FALSE;
     const int nal_unit_type = header[0] >> 1 & 0x3F;

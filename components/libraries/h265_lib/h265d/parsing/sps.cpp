@@ -160,15 +160,15 @@ int _parse_sps(bitbuffer_t *sps_nalu_bb, sps_h265_t *sps) {
 }
 
 BOOL H265Lib_Parse_sps_nal(const unsigned char *buffer, size_t buffer_len, sps_h265_t *pSps) {
-    static constexpr ParseFrameTexts kTexts = {kBufferLenTooSmall, "Failed to parse sps nal! buffer:%p.\n",
-                                               kNoSodbFromRbsp};
+    static constexpr ParseFrameTexts kTexts = {TRACE_SITE, kBufferLenTooSmall,
+                                               "Failed to parse sps nal! buffer:%p.\n", kNoSodbFromRbsp};
 
     ASSERT_ARGUMENT(buffer != NULL);
     ASSERT_ARGUMENT(pSps != NULL);
 
     unsigned char sodb[SPS_SODB_CAPACITY];
     bitbuffer_t bb;
-    if (!OpenSodb({buffer, static_cast<int64_t>(buffer_len), TRACE_SITE}, kTexts, sodb, sizeof sodb, &bb))
+    if (!OpenSodb({buffer, static_cast<int64_t>(buffer_len)}, kTexts, sodb, sizeof sodb, &bb))
         return FALSE;
     if (_parse_sps(&bb, pSps) == -1) {
         TRACE(kError, "Failed to parse SPS NAL!\n");

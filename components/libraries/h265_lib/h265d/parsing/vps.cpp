@@ -122,7 +122,7 @@ int _parse_vps(bitbuffer_t *vps_nalu_bb, vps_h265_t *pVps) {
 
 BOOL H265Lib_Parse_vps_nal(const unsigned char *pBuffer, size_t BufferLen, vps_h265_t *pVps) {
     static constexpr ParseFrameTexts kTexts = {
-        kCapitalBufferLenTooSmall,
+        TRACE_SITE, kCapitalBufferLenTooSmall,
         "Failed to parse sps nal! buffer:%p.\n",  // names the SPS on purpose
         kNoSodbFromRbsp};
 
@@ -132,7 +132,7 @@ BOOL H265Lib_Parse_vps_nal(const unsigned char *pBuffer, size_t BufferLen, vps_h
 
     unsigned char sodb[VPS_SODB_CAPACITY];
     bitbuffer_t bb;
-    if (!OpenSodb({pBuffer, static_cast<int64_t>(BufferLen), TRACE_SITE}, kTexts, sodb, sizeof sodb, &bb))
+    if (!OpenSodb({pBuffer, static_cast<int64_t>(BufferLen)}, kTexts, sodb, sizeof sodb, &bb))
         return FALSE;
     if (_parse_vps(&bb, pVps) == -1) {
         TRACE(kError, "Failed to parse VPS NAL!\n");

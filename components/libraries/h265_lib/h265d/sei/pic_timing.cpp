@@ -66,8 +66,9 @@ BOOL _parse_sei_pic_timing(bitbuffer_t *pSeiPicTimingBb, const SEI_message_t *pM
 BOOL H265Lib_Parse_sei_pictiming_nal(const unsigned char *pBuffer, int BufferLen,
                                      const SEI_message_t *pMsgHeader, const vui_h265_t *pVUI,
                                      sei_h265_pic_timing_t *pPt) {
-    static constexpr ParseFrameTexts kTexts = {
-        kCapitalBufferLenTooSmall, "Failed to parse_sei_pictiming_nal! buffer:%p.\n", kNoSodbFromNal};
+    static constexpr ParseFrameTexts kTexts = {TRACE_SITE, kCapitalBufferLenTooSmall,
+                                               "Failed to parse_sei_pictiming_nal! buffer:%p.\n",
+                                               kNoSodbFromNal};
 
     ASSERT_ARGUMENT(pBuffer != NULL);
     ASSERT_ARGUMENT(pMsgHeader != NULL);
@@ -76,8 +77,7 @@ BOOL H265Lib_Parse_sei_pictiming_nal(const unsigned char *pBuffer, int BufferLen
 
     unsigned char *pNalSodbBuffer = nullptr;
     bitbuffer_t bb;
-    if (!OpenSodbOnHeap({pBuffer, BufferLen, TRACE_SITE}, kTexts, kNoMemoryForNalSodbBuffer, &pNalSodbBuffer,
-                        &bb))
+    if (!OpenSodbOnHeap({pBuffer, BufferLen}, kTexts, kNoMemoryForNalSodbBuffer, &pNalSodbBuffer, &bb))
         return FALSE;
     const BOOL parsed = _parse_sei_pic_timing(&bb, pMsgHeader, pVUI, pPt);
     std::free(pNalSodbBuffer);

@@ -80,8 +80,8 @@ BOOL _parse_sei_timecode(bitbuffer_t *pSeiTimeCodeBb, const SEI_message_t *pMsgH
 BOOL H265Lib_Parse_sei_timecode_nal(const unsigned char *pBuffer, int BufferLen,
                                     const SEI_message_t *pMsgHeader, sei_h265_time_code_t *pTc) {
     // no length test of its own: the assertion reports, and the start code search fails
-    static constexpr ParseFrameTexts kTexts = {nullptr, "Failed to parse_sei_timecode_nal! buffer:%p.\n",
-                                               kNoSodbFromNal};
+    static constexpr ParseFrameTexts kTexts = {
+        TRACE_SITE, nullptr, "Failed to parse_sei_timecode_nal! buffer:%p.\n", kNoSodbFromNal};
 
     ASSERT_ARGUMENT(pBuffer != NULL);
     ASSERT_ARGUMENT(BufferLen > 4);
@@ -89,8 +89,7 @@ BOOL H265Lib_Parse_sei_timecode_nal(const unsigned char *pBuffer, int BufferLen,
 
     unsigned char *pNalSodbBuffer = nullptr;
     bitbuffer_t bb;
-    if (!OpenSodbOnHeap({pBuffer, BufferLen, TRACE_SITE}, kTexts, kNoMemoryForNalSodbBuffer, &pNalSodbBuffer,
-                        &bb))
+    if (!OpenSodbOnHeap({pBuffer, BufferLen}, kTexts, kNoMemoryForNalSodbBuffer, &pNalSodbBuffer, &bb))
         return FALSE;
     int line = 0;
     const BOOL parsed = _parse_sei_timecode(&bb, pMsgHeader, pTc, &line);
