@@ -154,7 +154,8 @@ typedef void (*DbgTraceSink)(const DbgTraceMessage *message, void *user);
 
 /**
  * Hands every message to `sink` in place of standard error. The sink is called on the thread that traces, and
- * must not trace itself.
+ * must not trace itself. The libraries trace once more when they are unloaded: a sink whose data does not
+ * live as long is taken back before.
  *
  * @param sink  NULL brings standard error back
  * @param user  handed to the sink as it is given here

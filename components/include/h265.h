@@ -41,7 +41,7 @@ XTYPES_API_BEGIN
  * @ingroup dbgtrace
  * The library's trace channel "H265LIB", NULL before the library is loaded and after it is unloaded. A
  * caller may raise or lower g_hH265LibDbg->nMaxLevel; setting the variable itself to NULL silences the
- * library.
+ * library. What it calls of h264.h has a channel of its own.
  */
 extern HDBG g_hH265LibDbg;
 
