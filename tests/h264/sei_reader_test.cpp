@@ -120,6 +120,16 @@ TEST(SeiReader, NoMessages) {
     }
 }
 
+// Zeros at the end belong to nothing, but those of the header do: what lies behind the data is not looked at.
+TEST(SeiReader, AHeaderThatEndsInAZeroIsNoEnd) {
+    Bytes nal = WithHeader({0, 0, 1, 0x4E, 0});
+    SEI_afd_t afd{};
+    const TraceCapture trace;
+    EXPECT_EQ(parse_sei_afd_nal(nal.data(), 5, &afd), FALSE);
+    EXPECT_EQ(trace.messages().at(0).text, kNone);
+    EXPECT_EQ(parse_sei_afd_nal(nal.data(), static_cast<int>(nal.size()), &afd), TRUE);
+}
+
 TEST(SeiReader, MessagesOfEverySizeArePassedOver) {
     for (const size_t size : std::vector<size_t>{0, 1, 2, 254, 255, 256, 509, 510, 511, 765, 5000}) {
         SCOPED_TRACE(size);

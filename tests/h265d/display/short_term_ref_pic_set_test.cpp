@@ -107,6 +107,21 @@ TEST_F(ShortTermRefPicSetDisplay, NoMoreFlagsThanTheRecordHolds) {
     }
 }
 
+TEST_F(ShortTermRefPicSetDisplay, ASetOf16PicturesHasNoneDerivedFromIt) {
+    for (const auto &[pictures, flags] : {std::pair{15, 16 / 2 + 1}, {16, 1}}) {
+        short_term_ref_pic_set_t sets[3]{};
+        Explicit(&sets[0], 0, static_cast<UINT64>(pictures), 0);
+        Predicted(&sets[1], 1, false, 16);  // keeps every second one of 15, and that at its own distance
+        Display(&sets[0], 0, 3);
+        Display(&sets[1], 1, 3);
+        const ExpectedDisplay expected = Predicted(&sets[2], 2, false, flags);
+        std::vector<std::string> lines;
+        for (const DisplayedLine &line : expected.AtLevel(6))
+            lines.push_back(line.text);
+        EXPECT_EQ(DisplayedTexts(6, [&] { Display(&sets[2], 2, 3); }), lines) << pictures;
+    }
+}
+
 TEST_F(ShortTermRefPicSetDisplay, AReferenceOutsideTheSetsHasNoFlags) {
     short_term_ref_pic_set_t set{};
     const ExpectedDisplay expected = Predicted(&set, 0, false, 0);

@@ -214,6 +214,12 @@ TEST_F(PicTimingModification, WithoutRoomTheBufferStaysAndTheLengthIsThatOfTheHe
 
 // ---- limits --------------------------------------------------------------------------------------------
 
+TEST_F(PicTimingModification, TakesASingleByte) {
+    pt_.pic_struct = 3;
+    EXPECT_EQ(Modified({0x14}, 0), Nal({0x34}));
+    EXPECT_EQ(Modified({0x14, 0x80}, 0), Nal({0x34, 0x80}));
+}
+
 TEST_F(PicTimingModification, TakesAsManyBytesAsTheScratchHolds) {
     const std::string too_long =
         "Deencapsulation cannot be done as InputBufferLength:1513 is longer than "

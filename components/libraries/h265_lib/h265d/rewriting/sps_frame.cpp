@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int NAL_HEADER_SIZE = 2;
+constexpr size_t NAL_HEADER_SIZE = 2;
 
 struct Free {
     void operator()(unsigned char *block) const { std::free(block); }
@@ -65,7 +65,7 @@ SpsRewriting RewriteSpsNal(const TraceSite &site, const unsigned char *pBuffer, 
         return Cleared(SpsRewriting::kFailed, ppNewSpsBuffer, pNewSPSLength);
     }
 
-    const auto header = static_cast<size_t>(offset + NAL_HEADER_SIZE);
+    const size_t header = static_cast<size_t>(offset) + NAL_HEADER_SIZE;
     std::memcpy(new_sps.get(), pBuffer, header);
     const int encapsulated = RBSP_encapsulation_within_NAL(new_sodb, new_sodb_length, new_sps.get() + header,
                                                            static_cast<int>(NewSpsBufLength - header));
