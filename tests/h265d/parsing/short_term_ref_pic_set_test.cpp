@@ -336,6 +336,18 @@ TEST_F(ShortTermRefPicSet, AnotherParseHasSetsOfItsOwn) {
 
 // ---- counts beyond what H.265 has ----------------------------------------------------------------------
 
+TEST_F(ShortTermRefPicSet, EachSideMayHave16Pictures) {
+    for (const auto &[negative, positive] : {std::pair{9, 8}, {16, 1}, {1, 16}, {16, 16}}) {
+        FirstSet(std::vector<uint64_t>(static_cast<size_t>(negative), 0),
+                 std::vector<uint64_t>(static_cast<size_t>(positive), 0));
+        EXPECT_EQ(strps_.num_negative_pics, static_cast<UINT64>(negative));
+        EXPECT_EQ(strps_.num_positive_pics, static_cast<UINT64>(positive));
+        // nothing is predicted from more pictures than a record has flags for
+        EXPECT_THAT(ErrorsOf(Flagged(1, PredictedSet(2, {})), 1),
+                    ElementsAre(Unreadable("used_by_current_pic_flag", 16)));
+    }
+}
+
 TEST_F(ShortTermRefPicSet, MoreThan16PicturesAreUnreadable) {
     strps_.inter_ref_pic_set_prediction_flag = 0;
     for (const uint64_t count : {uint64_t{17}, uint64_t{0xFFFFFFFE}}) {

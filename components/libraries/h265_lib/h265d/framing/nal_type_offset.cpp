@@ -4,7 +4,7 @@
 
 namespace {
 
-// The functions here report in its name.
+// In whose name the functions here report, each with its own line.
 constexpr char kName[] = "_GetNALTypeOffset";
 
 #define SITE_HERE                      \
